@@ -26,8 +26,8 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "videowall: cannot start the toolkit\n");
     return 1;
   }
-  for (RenderMode mode : {RENDER_MODE_AUTO, RENDER_MODE_SOFTWARE, RENDER_MODE_OPENGL,
-                          RENDER_MODE_RESERVED}) {
+  for (RenderMode mode :
+       {RENDER_MODE_AUTO, RENDER_MODE_SOFTWARE, RENDER_MODE_OPENGL, RENDER_MODE_RESERVED}) {
     const wxString& desc = RendererBase::GetRendererDesc(mode);
     std::printf("%s: %s\n", ModeName(mode),
                 desc.empty() ? "(no description yet)" : static_cast<const char*>(desc.utf8_str()));

@@ -13,8 +13,7 @@ class IVideoOutput {
   // Shows one picture; the decoder calls it from CDecompressor::RenderToVideoOutput. Planes and
   // pitches follow the frame-buffer layout of `format` (PixelFormat.h). Returns false when the
   // picture could not be shown.
-  virtual bool Present(unsigned char** planes, int* pitches, int format, int width,
-                       int height) = 0;
+  virtual bool Present(unsigned char** planes, int* pitches, int format, int width, int height) = 0;
 
   // The screen rectangle in which the picture is to appear.
   virtual void SetOutputRect(int x, int y, int width, int height) = 0;

@@ -92,8 +92,7 @@ PtzRect NormalDigitalPTZ::Region() const {
 }
 
 void NormalDigitalPTZ::GetAdjustedRects(int& srcX, int& srcY, int& srcWidth, int& srcHeight,
-                                        int& dstX, int& dstY, int& dstWidth,
-                                        int& dstHeight) const {
+                                        int& dstX, int& dstY, int& dstWidth, int& dstHeight) const {
   const PtzRect window = GetZoomWindow(Region());
   srcX = window.x;
   srcY = window.y;

@@ -29,10 +29,8 @@ inline bool IsKnownPixelFormat(int format) {
     case PIXEL_FORMAT_RGBA32:
     case PIXEL_FORMAT_UYVY:
     case PIXEL_FORMAT_NV12:
-    case PIXEL_FORMAT_YV12:
-      return true;
-    default:
-      return false;
+    case PIXEL_FORMAT_YV12: return true;
+    default: return false;
   }
 }
 

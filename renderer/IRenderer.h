@@ -34,8 +34,7 @@ enum RenderMode : std::int32_t {
 };
 
 // Pixel-format preference lists used by GetPreferredPixelFormat.
-constexpr int kRgbFallbackFormats[] = {PIXEL_FORMAT_RGB24, PIXEL_FORMAT_BGR24,
-                                       PIXEL_FORMAT_RGBA32};
+constexpr int kRgbFallbackFormats[] = {PIXEL_FORMAT_RGB24, PIXEL_FORMAT_BGR24, PIXEL_FORMAT_RGBA32};
 constexpr int kPreferredFormats[] = {PIXEL_FORMAT_I420,  PIXEL_FORMAT_YV12,  PIXEL_FORMAT_YUV422P,
                                      PIXEL_FORMAT_NV12,  PIXEL_FORMAT_YUYV,  PIXEL_FORMAT_UYVY,
                                      PIXEL_FORMAT_RGB24, PIXEL_FORMAT_BGR24, PIXEL_FORMAT_RGBA32};

@@ -37,8 +37,7 @@ class RendererBase : public IRenderer {
   void EndHardwareImage(HardwareImageInfo& info) override;
   bool GetFrameBuffer(int width, int height, int format, unsigned char** planes,
                       int* pitches) override;
-  bool GetFrameBuffer(int width, int height, int format, unsigned char* buffer,
-                      int pitch) override;
+  bool GetFrameBuffer(int width, int height, int format, unsigned char* buffer, int pitch) override;
   bool FlushFrameBuffer(unsigned char** planes, int* pitches) override;
   bool FlushFrameBuffer(unsigned char* buffer, int pitch) override;
   void SetIgnoreAspectRatio(bool ignore) override;

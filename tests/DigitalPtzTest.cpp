@@ -1,5 +1,6 @@
 // Digital PTZ geometry: aspect ratio in effect, letterbox and pillarbox placement, the zoom
 // window and its clamping, and the slot that names the PTZ in effect.
+#include <cstring>
 #include <memory>
 
 #include <gtest/gtest.h>
@@ -247,4 +248,13 @@ TEST(DigitalPtzType, SetFromAnotherSlotSharesALentPtzButNeverAnotherDefault) {
   first.Set(&lent);
   second.Set(first);
   EXPECT_EQ(&lent, second.Get());
+}
+
+TEST(DigitalPtz, IsActiveIsTheFirstOperationAfterTheDestructor) {
+  // Itanium ABI: a virtual member pointer holds 1 + the byte offset of its table entry, and the
+  // destructor takes the first two entries.
+  auto pointer = &CDigitalPTZ::IsActive;
+  std::ptrdiff_t raw[2];
+  std::memcpy(raw, &pointer, sizeof(raw));
+  EXPECT_EQ(2, (raw[0] - 1) / static_cast<std::ptrdiff_t>(sizeof(void*)));
 }

@@ -33,8 +33,8 @@ std::string SaveFailure(const wxImage& actual, const wxImage& expected, const st
 
 }  // namespace
 
-::testing::AssertionResult ImagesNear(const wxImage& actual, const wxImage& expected,
-                                      int tolerance, const std::string& name) {
+::testing::AssertionResult ImagesNear(const wxImage& actual, const wxImage& expected, int tolerance,
+                                      const std::string& name) {
   if (actual.GetSize() != expected.GetSize()) {
     return ::testing::AssertionFailure()
            << "size " << actual.GetWidth() << "x" << actual.GetHeight() << " instead of "
@@ -58,9 +58,9 @@ std::string SaveFailure(const wxImage& actual, const wxImage& expected, const st
     }
   }
   if (mismatches == 0) return ::testing::AssertionSuccess();
-  return ::testing::AssertionFailure() << mismatches << " pixels differ by more than "
-                                       << tolerance << ", " << first.str() << "; saved "
-                                       << SaveFailure(actual, expected, name);
+  return ::testing::AssertionFailure()
+         << mismatches << " pixels differ by more than " << tolerance << ", " << first.str()
+         << "; saved " << SaveFailure(actual, expected, name);
 }
 
 ::testing::AssertionResult PixelNear(const wxImage& image, int x, int y, const wxColour& expected,
@@ -73,9 +73,9 @@ std::string SaveFailure(const wxImage& actual, const wxImage& expected, const st
     return ::testing::AssertionSuccess();
   }
   return ::testing::AssertionFailure()
-         << "pixel (" << x << ", " << y << ") is (" << r << ", " << g << ", " << b << "), expected ("
-         << int(expected.Red()) << ", " << int(expected.Green()) << ", " << int(expected.Blue())
-         << ") within " << tolerance;
+         << "pixel (" << x << ", " << y << ") is (" << r << ", " << g << ", " << b
+         << "), expected (" << int(expected.Red()) << ", " << int(expected.Green()) << ", "
+         << int(expected.Blue()) << ") within " << tolerance;
 }
 
 wxImage SolidImage(const wxSize& size, const wxColour& colour) {

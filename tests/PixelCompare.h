@@ -19,8 +19,8 @@ constexpr int kScalingTolerance = 8;        // toolkit scaling against a nearest
 std::string ArtifactDirectory();
 
 // Every pixel of `actual` within `tolerance` of `expected` in R, G and B (sizes must match).
-::testing::AssertionResult ImagesNear(const wxImage& actual, const wxImage& expected,
-                                      int tolerance, const std::string& name);
+::testing::AssertionResult ImagesNear(const wxImage& actual, const wxImage& expected, int tolerance,
+                                      const std::string& name);
 
 // One pixel within `tolerance` of a colour, R, G and B.
 ::testing::AssertionResult PixelNear(const wxImage& image, int x, int y, const wxColour& expected,

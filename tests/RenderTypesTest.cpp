@@ -55,7 +55,8 @@ TEST(RenderTypes, PixelFormatCodes) {
 }
 
 TEST(RenderTypes, UnusedPixelFormatCodesAreUnknown) {
-  for (int code : {5, 7, 8, 12, 19, 20, 24, 100, -2}) EXPECT_FALSE(IsKnownPixelFormat(code)) << code;
+  for (int code : {5, 7, 8, 12, 19, 20, 24, 100, -2})
+    EXPECT_FALSE(IsKnownPixelFormat(code)) << code;
   for (int code : {0, 1, 2, 3, 4, 6, 21, 22, 23}) EXPECT_TRUE(IsKnownPixelFormat(code)) << code;
 }
 
@@ -136,21 +137,23 @@ TEST(RenderTypes, RendererOperationsAreDeclaredInSlotOrder) {
       Slot(&IRenderer::SetOpacity),
   };
   ASSERT_EQ(50u, std::size(slots));
-  for (size_t i = 0; i < std::size(slots); ++i) EXPECT_EQ(long(i) + 2, slots[i]) << "operation " << i + 1;
+  for (size_t i = 0; i < std::size(slots); ++i)
+    EXPECT_EQ(long(i) + 2, slots[i]) << "operation " << i + 1;
 }
 
 TEST(RenderTypes, BackEndHooksFollowTheRendererOperations) {
   const long slots[] = {
-      Slot(&RendererBase::GetIsSupported),    Slot(&RendererBase::IsMultiLineDrawLabelSupported),
-      Slot(&RendererBase::CopySettings),      Slot(&RendererBase::DrawFrame),
-      Slot(&RendererBase::DrawOverlays),      Slot(&RendererBase::DoDrawLabel),
-      Slot(&RendererBase::DoDrawRect),        Slot(&RendererBase::DoDrawRectOutline),
-      Slot(&RendererBase::DoDrawLine),        Slot(&RendererBase::GetScaledFont),
-      Slot(&RendererBase::DoCreateImage),     Slot(&RendererBase::OnBeforeDraw),
-      Slot(&RendererBase::OnAfterDraw),       Slot(&RendererBase::OnInit),
+      Slot(&RendererBase::GetIsSupported), Slot(&RendererBase::IsMultiLineDrawLabelSupported),
+      Slot(&RendererBase::CopySettings),   Slot(&RendererBase::DrawFrame),
+      Slot(&RendererBase::DrawOverlays),   Slot(&RendererBase::DoDrawLabel),
+      Slot(&RendererBase::DoDrawRect),     Slot(&RendererBase::DoDrawRectOutline),
+      Slot(&RendererBase::DoDrawLine),     Slot(&RendererBase::GetScaledFont),
+      Slot(&RendererBase::DoCreateImage),  Slot(&RendererBase::OnBeforeDraw),
+      Slot(&RendererBase::OnAfterDraw),    Slot(&RendererBase::OnInit),
       Slot(&RendererBase::OnFrame),
   };
-  for (size_t i = 0; i < std::size(slots); ++i) EXPECT_EQ(long(i) + 52, slots[i]) << "hook " << i + 51;
+  for (size_t i = 0; i < std::size(slots); ++i)
+    EXPECT_EQ(long(i) + 52, slots[i]) << "hook " << i + 51;
 }
 
 TEST(RenderTypes, ImageAndOverlayInterfacesOrder) {

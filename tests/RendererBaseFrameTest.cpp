@@ -240,7 +240,7 @@ TEST_F(RendererBaseFrame, CopyImageWritesRgbAndOpaqueAlpha) {
   std::copy(std::begin(rgb), std::end(rgb), image.GetData());
   std::vector<unsigned char> out(2 * 12, 0xEE);
   TestBackend::CopyImage(image, out.data(), 12, false);
-  const std::vector<unsigned char> expected = {1, 2,    3,    255,  4,    5,    6,    255,
+  const std::vector<unsigned char> expected = {1,    2,    3,    255,  4,    5,    6,    255,
                                                0xEE, 0xEE, 0xEE, 0xEE, 7,    8,    9,    255,
                                                10,   11,   12,   255,  0xEE, 0xEE, 0xEE, 0xEE};
   EXPECT_EQ(expected, out);

@@ -38,6 +38,13 @@ class RendererBaseGeometry : public WxTest {
     backend->m_renderClientWidth = 800;
     backend->m_renderClientHeight = 800;
   }
+  // A 1920x1080 video zoomed 2x by the renderer itself, with a frame of the given size.
+  void ZoomedVideoWithFrame(int width, int height) {
+    FrameIn800(width, height);
+    backend->SetVideoSize(wxSize(1920, 1080));
+    backend->m_normalPtz.SetZoomActive(true);
+    backend->m_normalPtz.SetPanTiltZoom(0, 0, 2);
+  }
 
   wxWindow* tile = nullptr;
   std::unique_ptr<TestBackend> backend;
@@ -167,10 +174,7 @@ TEST_F(RendererBaseGeometry, SubImageAsksThePtzInEffectWhetherItIsInUse) {
 }
 
 TEST_F(RendererBaseGeometry, SubImageUsesTheZoomOfTheNormalPtzForTheVideoSize) {
-  FrameIn800(1920, 1080);
-  backend->SetVideoSize(wxSize(1920, 1080));
-  backend->m_normalPtz.SetZoomActive(true);
-  backend->m_normalPtz.SetPanTiltZoom(0, 0, 2);
+  ZoomedVideoWithFrame(1920, 1080);
   wxRect destination, source;
   backend->GetSubImageRect(destination, source, false);
   EXPECT_EQ(wxRect(480, 270, 960, 540), source);
@@ -178,10 +182,7 @@ TEST_F(RendererBaseGeometry, SubImageUsesTheZoomOfTheNormalPtzForTheVideoSize) {
 }
 
 TEST_F(RendererBaseGeometry, SubImageOnTheSlowPathZoomsOnlyWhenForced) {
-  FrameIn800(1920, 1080);
-  backend->SetVideoSize(wxSize(1920, 1080));
-  backend->m_normalPtz.SetZoomActive(true);
-  backend->m_normalPtz.SetPanTiltZoom(0, 0, 2);
+  ZoomedVideoWithFrame(1920, 1080);
   backend->m_normalPtz.slowPath = true;
   wxRect destination, source;
   backend->GetSubImageRect(destination, source, false);
@@ -191,10 +192,7 @@ TEST_F(RendererBaseGeometry, SubImageOnTheSlowPathZoomsOnlyWhenForced) {
 }
 
 TEST_F(RendererBaseGeometry, SubImageOfAFrameOtherThanTheVideoDoesNotZoom) {
-  FrameIn800(960, 540);
-  backend->SetVideoSize(wxSize(1920, 1080));
-  backend->m_normalPtz.SetZoomActive(true);
-  backend->m_normalPtz.SetPanTiltZoom(0, 0, 2);
+  ZoomedVideoWithFrame(960, 540);
   wxRect destination, source;
   backend->GetSubImageRect(destination, source, false);
   EXPECT_EQ(wxRect(0, 0, 960, 540), source);

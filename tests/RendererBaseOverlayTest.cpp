@@ -72,8 +72,8 @@ TEST_F(RendererBaseOverlay, ZeroOpacityClearsAlphaButNotTheLabelBackground) {
 TEST_F(RendererBaseOverlay, MultiLineBackEndGetsTheWholeLabelOnce) {
   backend->multiLine = true;
   backend->SetOpacity(128);
-  backend->DrawLabel(nullptr, "a\n\nb", font, *wxWHITE, wxRect(0, 0, 100, 100), wxALIGN_RIGHT,
-                     true, wxNullColour);
+  backend->DrawLabel(nullptr, "a\n\nb", font, *wxWHITE, wxRect(0, 0, 100, 100), wxALIGN_RIGHT, true,
+                     wxNullColour);
   ASSERT_EQ(1u, backend->draws.size());
   EXPECT_EQ("a\n\nb", backend->draws[0].text);
   EXPECT_EQ(128, backend->draws[0].colour.Alpha());
@@ -96,8 +96,8 @@ TEST_F(RendererBaseOverlay, SplitLabelDropsEmptyLinesAndStacksTheRest) {
 
 TEST_F(RendererBaseOverlay, SplitLabelMovesEachLineByTheHeightOfTheLineAbove) {
   const wxFont big(wxFontInfo(30).Family(wxFONTFAMILY_SWISS));
-  backend->DrawLabel(nullptr, "one\ntwo\nthree", big, *wxWHITE, wxRect(0, 0, 300, 300), 0,
-                     false, wxNullColour);
+  backend->DrawLabel(nullptr, "one\ntwo\nthree", big, *wxWHITE, wxRect(0, 0, 300, 300), 0, false,
+                     wxNullColour);
   ASSERT_EQ(3u, backend->draws.size());
   const int one = backend->MeasureText("one", big).y;
   const int two = backend->MeasureText("two", big).y;
@@ -108,8 +108,8 @@ TEST_F(RendererBaseOverlay, SplitLabelMovesEachLineByTheHeightOfTheLineAbove) {
 
 TEST_F(RendererBaseOverlay, SplitLabelFadesEveryLine) {
   backend->SetOpacity(51);
-  backend->DrawLabel(nullptr, "x\ny", font, wxColour(0, 0, 0, 250), wxRect(0, 0, 10, 10), 0,
-                     false, *wxBLUE);
+  backend->DrawLabel(nullptr, "x\ny", font, wxColour(0, 0, 0, 250), wxRect(0, 0, 10, 10), 0, false,
+                     *wxBLUE);
   ASSERT_EQ(2u, backend->draws.size());
   for (const DrawCall& call : backend->draws) {
     EXPECT_EQ(50, call.colour.Alpha());
@@ -155,9 +155,9 @@ TEST_F(RendererBaseOverlay, TextLocationForEveryAlignment) {
             backend->GetTextLocation(font, "abc", rect, wxALIGN_CENTER_VERTICAL));
   EXPECT_EQ(wxPoint(centre, middle), backend->GetTextLocation(font, "abc", rect, wxALIGN_CENTER));
   // Right wins over centre, bottom over middle.
-  EXPECT_EQ(wxPoint(right, bottom),
-            backend->GetTextLocation(font, "abc", rect,
-                                     wxALIGN_RIGHT | wxALIGN_CENTER | wxALIGN_BOTTOM));
+  EXPECT_EQ(
+      wxPoint(right, bottom),
+      backend->GetTextLocation(font, "abc", rect, wxALIGN_RIGHT | wxALIGN_CENTER | wxALIGN_BOTTOM));
 }
 
 TEST_F(RendererBaseOverlay, TextLocationDividesTowardZero) {

@@ -68,8 +68,8 @@ class TestBackend : public RendererBase {
   void OnAfterDraw(wxDC*) override { hooks.push_back("OnAfterDraw"); }
   void OnFrame() override { hooks.push_back("OnFrame"); }
 
-  void DoDrawLabel(wxDC*, const wxString& text, wxFont, wxColour colour, wxRect rect,
-                   int alignment, bool, wxColour background) override {
+  void DoDrawLabel(wxDC*, const wxString& text, wxFont, wxColour colour, wxRect rect, int alignment,
+                   bool, wxColour background) override {
     draws.push_back(DrawCall{"label", text, colour, background, rect, alignment, 0});
   }
   void DoDrawRect(wxDC*, wxRect rect, wxColour colour) override {
@@ -92,8 +92,6 @@ class TestBackend : public RendererBase {
   using RendererBase::CancelFrameBuffer;
   using RendererBase::CopyBitmap;
   using RendererBase::CopyImage;
-  using RendererBase::ReduceBuffer;
-  using RendererBase::ResizeBuffer;
   using RendererBase::m_frameBuffer;
   using RendererBase::m_height;
   using RendererBase::m_images;
@@ -104,4 +102,6 @@ class TestBackend : public RendererBase {
   using RendererBase::m_renderClientWidth;
   using RendererBase::m_renderedPixelFormat;
   using RendererBase::m_width;
+  using RendererBase::ReduceBuffer;
+  using RendererBase::ResizeBuffer;
 };
