@@ -3,6 +3,7 @@
 // context, the raw bitmap copy and the hand-over to another back-end.
 #include <climits>
 
+#include <wx/dcclient.h>
 #include <wx/dcmemory.h>
 #include <wx/rawbmp.h>
 
@@ -163,6 +164,24 @@ TEST_F(NativeFrame, RenderWithoutADeviceContextDrawsNothing) {
   renderer->Render(nullptr);
   EXPECT_EQ(0, renderer->frameDraws);
   EXPECT_EQ(0, overlays.calls);
+}
+
+TEST_F(NativeFrame, HostPaintsTheFrameFromItsPaintHandler) {
+  LoadFrame(*renderer, BlockPicture(2, 1, 32));
+  OverlayScript overlays;
+  renderer->SetDrawOverlaysHandler(&overlays);
+  wxSize painted;
+  auto onPaint = [&](wxPaintEvent&) {
+    wxPaintDC dc(tile);
+    renderer->Render(&dc);
+    painted = dc.GetSize();
+  };
+  tile->Bind(wxEVT_PAINT, onPaint);
+  tile->Refresh();
+  EXPECT_TRUE(PumpUntil([&] { return renderer->frameDraws > 0; }));
+  tile->Unbind(wxEVT_PAINT, onPaint);
+  EXPECT_EQ(tile->GetClientSize(), painted);
+  EXPECT_GE(overlays.callsWithDC, 1);
 }
 
 TEST_F(NativeFrame, EveryDrawingOperationIgnoresAMissingDeviceContext) {

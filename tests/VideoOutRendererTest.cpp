@@ -439,8 +439,10 @@ TEST_F(VideoOut, ATileDestroyedFirstTakesTheBindingWithIt) {
   wxWindow* other = MakeTile(wxPoint(0, 0), wxSize(50, 50));
   auto early = std::make_unique<VideoOutRenderer>(other);
   Paint(*early, wxSize(50, 50));
+  early->SetVideoOutput(new RecordingVideoOutput(&deletions));
   other->Destroy();
-  early.reset();
+  early.reset();  // must not reach the destroyed window to unbind
+  EXPECT_EQ(1, deletions);
   PumpEvents();
 }
 
