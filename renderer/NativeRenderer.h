@@ -40,7 +40,8 @@ class NativeRenderer : public RendererBase {
   virtual void DoDrawBitmap(wxDC* dc, wxBitmap bitmap, int x, int y);
 
   // Copies the packed RGB rows of `image` into the reused 24-bit member bitmap through 32-bit
-  // raw access; false when the bitmap cannot be made or opened that way.
+  // raw access; false when the bitmap cannot be made or opened that way. GTK never opens a
+  // 24-bit bitmap at 32 bits, so there it always answers false. Nothing in the library calls it.
   bool CopyToBitmap(wxImage& image);
 
  protected:
