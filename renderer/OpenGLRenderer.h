@@ -115,9 +115,6 @@ class OpenGLRenderer : public wxEvtHandler, public RendererBase {
   static void DetectExtensions(const DriverQueries& driver);
   // Doubles a square side from 256 while the driver accepts it; `previous` when 256 fails.
   static wxSize FindMaxTextureSize(const std::function<bool(int side)>& accepts, wxSize previous);
-  // Appends the capability lines for the flags and the given driver strings.
-  static void AppendCapabilities(const wxString& vendor, const wxString& renderer,
-                                 const wxString& version);
   // Whether a GL_RENDERER string names an implementation that may be chosen automatically.
   static bool IsRecommendedRenderer(const wxString& renderer);
 
@@ -127,18 +124,23 @@ class OpenGLRenderer : public wxEvtHandler, public RendererBase {
   // Deletes the renderer's textures, pixel buffers and programs (the context must be current).
   void DeleteTextures();
 
-  bool m_isGLInitialized;
-  InternalGLCanvas* m_canvas;
-  wxGLContext* m_context;
-  bool m_isDoubleBuffered;
-  wxRect m_viewport;
-  wxRect m_ortho;
+  bool m_isGLInitialized;      // InitGL has run
+  InternalGLCanvas* m_canvas;  // null when GL was unsupported at construction
+  wxGLContext* m_context;      // may be m_sharedContext, which this renderer does not own
+  bool m_isDoubleBuffered;     // never cleared: SwapBuffers swaps rather than flushes
+  wxRect m_viewport;           // last rectangle given to glViewport
+  wxRect m_ortho;              // last rectangle given to the projection
+  // The frame's GL objects (one texture and pixel buffer per plane, the YUV programs), made by
+  // the frame upload and deleted together by DeleteTextures.
   std::vector<unsigned int> m_textures;
   std::vector<unsigned int> m_pixelBuffers;
   std::vector<unsigned int> m_programs;
-  std::map<unsigned int, unsigned int> m_textureTargets;
+  std::map<unsigned int, unsigned int> m_textureTargets;  // texture name to its target
 
  private:
+  // Appends the capability lines for the flags and the given driver strings.
+  static void AppendCapabilities(const wxString& vendor, const wxString& renderer,
+                                 const wxString& version);
   static void SetColour(const wxColour& colour);
   void MirrorParentToolTip();
   void ClearToParentBackground();

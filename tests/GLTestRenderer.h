@@ -25,8 +25,6 @@ class GLTestRenderer : public OpenGLRenderer {
     OpenGLRenderer::OnAfterDraw(dc);
   }
 
-  using OpenGLRenderer::AppendCapabilities;
-  using OpenGLRenderer::DeleteTextures;
   using OpenGLRenderer::DetectExtensions;
   using OpenGLRenderer::DriverQueries;
   using OpenGLRenderer::FindMaxTextureSize;
