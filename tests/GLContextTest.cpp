@@ -1,0 +1,356 @@
+// Canvas and context lifecycle: the shared first canvas and context, object sharing between
+// renderers, making contexts current, the destruction orders and shared-context mode.
+#include <GL/gl.h>
+
+#include <renderer/InternalGLCanvas.h>
+
+#include "GLTest.h"
+
+namespace {
+
+const wxColour kSecondTileColour(200, 120, 40);
+const wxColour kTextureColour(0, 255, 0);
+
+// A 2 x 2 texture of one colour, made in the current context.
+GLuint MakeTexture(const wxColour& colour) {
+  GLuint texture = 0;
+  glGenTextures(1, &texture);
+  glBindTexture(GL_TEXTURE_2D, texture);
+  const unsigned char texel[] = {colour.Red(), colour.Green(), colour.Blue(), 255};
+  const unsigned char texels[16] = {texel[0], texel[1], texel[2], texel[3], texel[0], texel[1],
+                                    texel[2], texel[3], texel[0], texel[1], texel[2], texel[3],
+                                    texel[0], texel[1], texel[2], texel[3]};
+  glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 2, 2, 0, GL_RGBA, GL_UNSIGNED_BYTE, texels);
+  glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
+  glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
+  glBindTexture(GL_TEXTURE_2D, 0);
+  return texture;
+}
+
+// Draws `texture` over `rect` in the current context, in the renderer's pixel coordinates.
+void DrawTexture(GLuint texture, const wxRect& rect) {
+  glEnable(GL_TEXTURE_2D);
+  glBindTexture(GL_TEXTURE_2D, texture);
+  glColor4f(1, 1, 1, 1);
+  glBegin(GL_QUADS);
+  glTexCoord2f(0, 0);
+  glVertex2f(rect.x - 0.5f, rect.y - 0.5f);
+  glTexCoord2f(1, 0);
+  glVertex2f(rect.GetRight() + 0.5f, rect.y - 0.5f);
+  glTexCoord2f(1, 1);
+  glVertex2f(rect.GetRight() + 0.5f, rect.GetBottom() + 0.5f);
+  glTexCoord2f(0, 1);
+  glVertex2f(rect.x - 0.5f, rect.GetBottom() + 0.5f);
+  glEnd();
+  glBindTexture(GL_TEXTURE_2D, 0);
+  glDisable(GL_TEXTURE_2D);
+}
+
+int CanvasesOn(wxWindow* parent) {
+  int canvases = 0;
+  for (wxWindow* child : parent->GetChildren()) {
+    canvases += dynamic_cast<InternalGLCanvas*>(child) ? 1 : 0;
+  }
+  return canvases;
+}
+
+class Lifecycle : public GLTest {
+ protected:
+  void SetUp() override {
+    GLTest::SetUp();
+    secondTile = MakeTile(wxPoint(220, 10), wxSize(80, 60));
+    secondTile->SetBackgroundColour(kSecondTileColour);
+  }
+
+  // The current context as the window system knows it, after `renderer` made its own current.
+  static const void* ContextOf(GLTestRenderer* renderer) {
+    renderer->SetCurrent();
+    return CurrentContext();
+  }
+
+  // Paints `renderer` and checks that it drew its tile's colour everywhere.
+  ::testing::AssertionResult PaintsItsBackground(GLTestRenderer* renderer) {
+    const wxWindow* parent = renderer->GetParent();
+    return ImagesNear(
+        Paint(renderer), SolidImage(parent->GetClientSize(), parent->GetBackgroundColour()),
+        kExactPixels, ::testing::UnitTest::GetInstance()->current_test_info()->name());
+  }
+
+  wxWindow* secondTile = nullptr;
+};
+
+}  // namespace
+
+TEST_F(Lifecycle, FirstRendererOwnsTheSharedCanvasAndContext) {
+  GLTestRenderer* renderer = MakeRenderer();
+  ASSERT_TRUE(renderer->HasContext());
+  EXPECT_EQ(OpenGLRenderer::m_sharedCanvas, renderer->m_canvas);
+  EXPECT_EQ(OpenGLRenderer::m_sharedContext, renderer->m_context);
+  InternalGLCanvas* canvas = renderer->m_canvas;
+  EXPECT_EQ(tile, canvas->GetParent());
+  EXPECT_EQ("OpenGL", canvas->GetName());
+  EXPECT_TRUE(canvas->HasFlag(wxTRANSPARENT_WINDOW));
+  EXPECT_TRUE(canvas->HasFlag(wxFULL_REPAINT_ON_RESIZE));
+  EXPECT_TRUE(renderer->IsContextReady(true));
+  EXPECT_TRUE(renderer->IsContextReady(false));
+  EXPECT_TRUE(PaintsItsBackground(renderer));
+}
+
+TEST_F(Lifecycle, SecondRendererHasItsOwnContextSharingObjectsWithTheFirst) {
+  GLTestRenderer* first = MakeRenderer();
+  GLTestRenderer* second = MakeRenderer(secondTile);
+  EXPECT_NE(first->m_context, second->m_context);
+  EXPECT_EQ(first->m_context, OpenGLRenderer::m_sharedContext);
+  EXPECT_EQ(first->m_canvas, OpenGLRenderer::m_sharedCanvas);
+  EXPECT_NE(ContextOf(first), ContextOf(second));
+
+  ContextOf(first);
+  const GLuint texture = MakeTexture(kTextureColour);
+  const wxRect area(5, 6, 30, 20);
+  OverlayFunction drawTexture([&](IRenderer*, wxDC*) {
+    EXPECT_EQ(GL_TRUE, glIsTexture(texture));
+    DrawTexture(texture, area);
+  });
+  second->SetDrawOverlaysHandler(&drawTexture);
+  wxImage expected = SolidImage(secondTile->GetClientSize(), kSecondTileColour);
+  expected.SetRGB(area, kTextureColour.Red(), kTextureColour.Green(), kTextureColour.Blue());
+  EXPECT_TRUE(ImagesNear(Paint(second), expected, kExactPixels, "shared-texture"));
+
+  // A context that shares nothing with the first does not know the texture: the sharing is
+  // what makes it valid in the second renderer.
+  wxGLContext loner(second->m_canvas);
+  loner.SetCurrent(*second->m_canvas);
+  EXPECT_EQ(GL_FALSE, glIsTexture(texture));
+  ContextOf(first);
+  glDeleteTextures(1, &texture);
+}
+
+// After the probe, a renderer re-binds its context even when its canvas was the last one made
+// current through it: someone else may have made another context current meanwhile.
+TEST_F(Lifecycle, SetCurrentRebindsEveryTime) {
+  GLTestRenderer* first = MakeRenderer();
+  GLTestRenderer* second = MakeRenderer(secondTile);
+  const void* firstContext = ContextOf(first);
+  second->m_context->SetCurrent(*second->m_canvas);
+  ASSERT_NE(firstContext, CurrentContext());
+  first->SetCurrent();
+  EXPECT_EQ(firstContext, CurrentContext());
+}
+
+TEST_F(Lifecycle, HiddenCanvasIsNeverMadeCurrent) {
+  GLTestRenderer* first = MakeRenderer();
+  GLTestRenderer* second = MakeRenderer(secondTile);
+  const void* secondContext = ContextOf(second);
+  first->m_canvas->Hide();
+  EXPECT_FALSE(first->IsContextReady(true));
+  EXPECT_TRUE(first->IsContextReady(false));
+  first->SetCurrent();
+  EXPECT_EQ(secondContext, CurrentContext());
+  first->m_canvas->Show();
+  first->SetCurrent();
+  EXPECT_NE(secondContext, CurrentContext());
+}
+
+TEST_F(Lifecycle, FirstRendererDiesWhileASecondLives) {
+  GLTestRenderer* first = MakeRenderer();
+  GLTestRenderer* second = MakeRenderer(secondTile);
+  InternalGLCanvas* sharedCanvas = first->m_canvas;
+  wxGLContext* sharedContext = first->m_context;
+  first->SetCurrent();
+  const GLuint texture = MakeTexture(kTextureColour);
+
+  DestroyRenderer(first);
+  EXPECT_EQ(sharedContext, OpenGLRenderer::m_sharedContext);
+  EXPECT_EQ(sharedCanvas, OpenGLRenderer::m_sharedCanvas);
+  EXPECT_FALSE(sharedCanvas->IsShown());
+  EXPECT_EQ(nullptr, sharedCanvas->GetParent());
+  EXPECT_EQ(0, CanvasesOn(tile));
+  EXPECT_TRUE(PaintsItsBackground(second));
+  second->SetCurrent();
+  EXPECT_EQ(GL_TRUE, glIsTexture(texture)) << "objects of the shared context survive";
+
+  // The tile that held the detached canvas may go first; the canvas still goes cleanly later.
+  tile->Destroy();
+  tile = nullptr;
+  PumpEvents();
+  EXPECT_TRUE(PaintsItsBackground(second));
+  second->SetCurrent();
+  glDeleteTextures(1, &texture);
+
+  DestroyRenderer(second);
+  EXPECT_EQ(nullptr, OpenGLRenderer::m_sharedContext);
+  EXPECT_EQ(nullptr, OpenGLRenderer::m_sharedCanvas);
+  EXPECT_EQ(0, CanvasesOn(secondTile));
+}
+
+TEST_F(Lifecycle, SecondRendererDiesBeforeTheFirst) {
+  GLTestRenderer* first = MakeRenderer();
+  GLTestRenderer* second = MakeRenderer(secondTile);
+  DestroyRenderer(second);
+  EXPECT_EQ(0, CanvasesOn(secondTile));
+  EXPECT_EQ(first->m_context, OpenGLRenderer::m_sharedContext);
+  EXPECT_EQ(first->m_canvas, OpenGLRenderer::m_sharedCanvas);
+  EXPECT_TRUE(PaintsItsBackground(first));
+}
+
+TEST_F(Lifecycle, LastRendererReleasesTheSharedCanvasAndContext) {
+  GLTestRenderer* renderer = MakeRenderer();
+  renderer->Render(nullptr);
+  ASSERT_NE(wxRect(), renderer->m_viewport);
+  DestroyRenderer(renderer);
+  EXPECT_EQ(nullptr, OpenGLRenderer::m_sharedContext);
+  EXPECT_EQ(nullptr, OpenGLRenderer::m_sharedCanvas);
+  EXPECT_EQ(0, CanvasesOn(tile));
+  EXPECT_TRUE(tile->GetChildren().empty());
+}
+
+TEST_F(Lifecycle, RendererAfterAllWereDestroyedStartsANewCycleWithoutProbing) {
+  DestroyRenderer(MakeRenderer());
+  RendererBase::ClearRendererDesc(RENDER_MODE_OPENGL);
+  LogCapture log;
+  GLTestRenderer* renderer = MakeRenderer(secondTile);
+  EXPECT_EQ(renderer->m_canvas, OpenGLRenderer::m_sharedCanvas);
+  EXPECT_EQ(renderer->m_context, OpenGLRenderer::m_sharedContext);
+  EXPECT_EQ("", RendererBase::GetRendererDesc(RENDER_MODE_OPENGL));
+  EXPECT_TRUE(log.Lines().empty());
+  EXPECT_TRUE(PaintsItsBackground(renderer));
+}
+
+TEST_F(Lifecycle, DestroyingARendererWhoseParentIsHidden) {
+  GLTestRenderer* renderer = MakeRenderer();
+  GLTestRenderer* witness = MakeRenderer(secondTile);
+  renderer->SetCurrent();
+  const GLuint texture = MakeTexture(kTextureColour);
+  renderer->m_textures.push_back(texture);
+  tile->Hide();
+  std::vector<bool> shows;
+  auto onShow = [&shows](wxShowEvent& event) {
+    shows.push_back(event.IsShown());
+    event.Skip();
+  };
+  tile->Bind(wxEVT_SHOW, onShow);
+  DestroyRenderer(renderer);
+  tile->Unbind(wxEVT_SHOW, onShow);
+  EXPECT_EQ((std::vector<bool>{true, false}), shows);
+  EXPECT_FALSE(tile->IsShown());
+  witness->SetCurrent();
+  EXPECT_EQ(GL_FALSE, glIsTexture(texture)) << "the clean-up ran with a context current";
+}
+
+TEST_F(Lifecycle, ShownParentIsNotShownAgainDuringCleanUp) {
+  GLTestRenderer* renderer = MakeRenderer();
+  int shows = 0;
+  auto onShow = [&shows](wxShowEvent& event) {
+    ++shows;
+    event.Skip();
+  };
+  tile->Bind(wxEVT_SHOW, onShow);
+  DestroyRenderer(renderer);
+  tile->Unbind(wxEVT_SHOW, onShow);
+  EXPECT_EQ(0, shows);
+  EXPECT_TRUE(tile->IsShown());
+}
+
+TEST_F(Lifecycle, UnsupportedRendererHasNoCanvasAndDrawsNothing) {
+  OpenGLRenderer::m_isSupported = false;
+  bool overlaysDrawn = false;
+  OverlayFunction overlays([&overlaysDrawn](IRenderer*, wxDC*) { overlaysDrawn = true; });
+  GLTestRenderer* renderer = MakeRenderer();
+  renderer->SetDrawOverlaysHandler(&overlays);
+  EXPECT_EQ(nullptr, renderer->m_canvas);
+  EXPECT_EQ(nullptr, renderer->m_context);
+  EXPECT_FALSE(renderer->HasContext());
+  EXPECT_TRUE(renderer->IsContextReady(false));
+  EXPECT_FALSE(renderer->IsContextReady(true));
+  EXPECT_EQ(0, CanvasesOn(tile));
+  renderer->SetCurrent();
+  renderer->SwapBuffers();
+  renderer->Render(nullptr);
+  tile->SetSize(wxSize(120, 90));
+  EXPECT_FALSE(overlaysDrawn);
+  EXPECT_EQ(0, renderer->paints);
+  EXPECT_EQ(nullptr, OpenGLRenderer::m_sharedContext);
+  DestroyRenderer(renderer);
+}
+
+TEST_F(Lifecycle, SharedContextModeUsesTheOneContextForEveryRenderer) {
+  OpenGLRenderer::m_isSharedContext = true;
+  GLTestRenderer* first = MakeRenderer();
+  GLTestRenderer* second = MakeRenderer(secondTile);
+  EXPECT_EQ(OpenGLRenderer::m_sharedContext, first->m_context);
+  EXPECT_EQ(OpenGLRenderer::m_sharedContext, second->m_context);
+  EXPECT_EQ(first->m_canvas, OpenGLRenderer::m_sharedCanvas);
+  EXPECT_TRUE(RendererBase::GetRendererDesc(RENDER_MODE_OPENGL)
+                  .EndsWith("OpenGL Capabilities - Shared Context: Yes"));
+
+  EXPECT_TRUE(PaintsItsBackground(first));
+  EXPECT_EQ(wxRect(0, 0, kTileWidth, kTileHeight), OpenGLRenderer::m_sharedViewport);
+  EXPECT_TRUE(PaintsItsBackground(second));
+  EXPECT_EQ(wxRect(0, 0, 80, 60), OpenGLRenderer::m_sharedViewport);
+  EXPECT_EQ(wxRect(0, 0, 80, 60), CurrentViewport());
+  EXPECT_TRUE(PaintsItsBackground(first));
+
+  DestroyRenderer(first);
+  EXPECT_EQ(second->m_context, OpenGLRenderer::m_sharedContext);
+  EXPECT_TRUE(PaintsItsBackground(second));
+  DestroyRenderer(second);
+  EXPECT_EQ(nullptr, OpenGLRenderer::m_sharedContext);
+  EXPECT_EQ(nullptr, OpenGLRenderer::m_sharedCanvas);
+  EXPECT_EQ(wxRect(), OpenGLRenderer::m_sharedViewport);
+}
+
+// In shared-context mode the one viewport record decides, so a renderer asking for the
+// rectangle another one set calls no glViewport and keeps its own record.
+TEST_F(Lifecycle, SharedContextModeComparesTheSharedViewport) {
+  OpenGLRenderer::m_isSharedContext = true;
+  GLTestRenderer* first = MakeRenderer();
+  GLTestRenderer* second = MakeRenderer(secondTile);
+  first->SetCurrent();
+  first->UpdateViewport(wxRect(0, 0, 50, 40));
+  second->SetCurrent();
+  glViewport(1, 2, 3, 4);
+  second->UpdateViewport(wxRect(0, 0, 50, 40));
+  EXPECT_EQ(wxRect(1, 2, 3, 4), CurrentViewport());
+  EXPECT_EQ(wxRect(), second->m_viewport);
+}
+
+TEST_F(Lifecycle, SwitchToMultipleContextsGivesTheRendererANewContextAndCanvas) {
+  OpenGLRenderer::m_isSharedContext = true;
+  GLTestRenderer* renderer = MakeRenderer();
+  InternalGLCanvas* oldCanvas = renderer->m_canvas;
+  wxGLContext* oldContext = renderer->m_context;
+
+  OpenGLRenderer::m_isSharedContext = false;
+  renderer->SwitchToMultipleContexts();
+  EXPECT_TRUE(RendererBase::GetRendererDesc(RENDER_MODE_OPENGL)
+                  .EndsWith("\nOpenGL Information - Switching to multiple contexts due to known "
+                            "driver issues."));
+  EXPECT_NE(oldCanvas, renderer->m_canvas);
+  EXPECT_NE(oldContext, renderer->m_context);
+  EXPECT_EQ(renderer->m_context, OpenGLRenderer::m_sharedContext);
+  EXPECT_EQ(renderer->m_canvas, OpenGLRenderer::m_sharedCanvas);
+  EXPECT_EQ(1, CanvasesOn(tile));
+
+  wxSizeEvent resize(tile->GetClientSize());
+  renderer->OnSize(resize);
+  Settle(renderer);
+  EXPECT_TRUE(PaintsItsBackground(renderer));
+  GLTestRenderer* second = MakeRenderer(secondTile);
+  EXPECT_NE(renderer->m_context, second->m_context);
+  EXPECT_TRUE(PaintsItsBackground(second));
+}
+
+TEST_F(Lifecycle, ManyRenderersComeAndGo) {
+  for (int cycle = 0; cycle < 4; ++cycle) {
+    std::vector<GLTestRenderer*> live;
+    for (int index = 0; index < 3; ++index) {
+      live.push_back(MakeRenderer(index % 2 ? secondTile : tile));
+      live.back()->Render(nullptr);
+    }
+    for (GLTestRenderer* renderer : live) DestroyRenderer(renderer);
+    EXPECT_EQ(nullptr, OpenGLRenderer::m_sharedContext);
+    EXPECT_EQ(nullptr, OpenGLRenderer::m_sharedCanvas);
+  }
+  EXPECT_TRUE(tile->GetChildren().empty());
+  EXPECT_TRUE(secondTile->GetChildren().empty());
+}

@@ -1,0 +1,70 @@
+// The fixture of the GL suites: a shown frame with one tile, renderers that the fixture
+// destroys before the windows go, and helpers to paint them and look at GL state.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "GLTestRenderer.h"
+#include "PixelCompare.h"
+#include "WxTest.h"
+
+class InternalGLCanvas;
+
+// An overlay callback made of a function.
+class OverlayFunction : public IRendererDrawOverlays {
+ public:
+  explicit OverlayFunction(std::function<void(IRenderer*, wxDC*)> draw) : m_draw(std::move(draw)) {}
+  void RendererDrawOverlays(IRenderer* renderer, wxDC* dc) override { m_draw(renderer, dc); }
+
+ private:
+  std::function<void(IRenderer*, wxDC*)> m_draw;
+};
+
+class GLTest : public WxTest {
+ protected:
+  static constexpr int kTileWidth = 200;
+  static constexpr int kTileHeight = 150;
+  static const wxColour kTileColour;
+
+  void SetUp() override;
+  void TearDown() override;
+
+  // A renderer on `parent` (the tile by default), owned by the fixture, whose canvas has been
+  // painted by the toolkit once, so its window exists at its final size.
+  GLTestRenderer* MakeRenderer(wxWindow* parent = nullptr);
+  // Waits until the toolkit has painted the renderer's canvas once, at its final size.
+  void Settle(GLTestRenderer* renderer);
+  // Destroys a renderer made by MakeRenderer.
+  void DestroyRenderer(GLTestRenderer* renderer);
+
+  // Paints `renderer` without a device context and returns what it drew.
+  wxImage Paint(GLTestRenderer* renderer);
+
+  // The tile filled with its background colour: the starting point of expected pictures.
+  wxImage BackgroundImage() const;
+
+  wxWindow* tile = nullptr;
+  std::vector<std::unique_ptr<GLTestRenderer>> renderers;
+};
+
+// Whether the canvas's X window exists and has `size`.
+bool WindowHasSize(InternalGLCanvas* canvas, const wxSize& size);
+
+// What the X server shows in the canvas's window, the whole client area, read through the
+// toolkit's display connection (the one GL swaps through, so every swap made is seen). Only
+// meaningful while no other window covers the canvas.
+wxImage ReadWindow(InternalGLCanvas* canvas);
+
+// The current context as the window system knows it (null when none is current).
+const void* CurrentContext();
+
+// Whether `name` is an ARB program of the current context (the function is an extension
+// that only the window system hands out).
+bool IsProgramName(unsigned int name);
+
+// GL state of the current context.
+wxRect CurrentViewport();
+std::vector<double> CurrentProjection();
+std::vector<double> CurrentModelView();

@@ -1,0 +1,45 @@
+// A GL renderer opened up for the tests: its protected state and the probe's seams are public,
+// and every paint keeps what it drew (the back buffer, read just before the swap, while the
+// renderer's context is current; after the swap its contents would be undefined).
+#pragma once
+
+#include <wx/image.h>
+
+#include <renderer/OpenGLRenderer.h>
+
+// The current context's back buffer, `size` from the bottom-left origin, as a top-down image.
+wxImage ReadBackBuffer(const wxSize& size);
+
+class GLTestRenderer : public OpenGLRenderer {
+ public:
+  explicit GLTestRenderer(wxWindow* parent) : OpenGLRenderer(parent) {}
+
+  wxImage drawn;  // the back buffer of the last paint into a shown canvas
+  int paints = 0;
+
+  void OnAfterDraw(wxDC* dc) override {
+    if (IsContextReady(true)) {
+      drawn = ReadBackBuffer(GetRenderClientSize());
+      ++paints;
+    }
+    OpenGLRenderer::OnAfterDraw(dc);
+  }
+
+  using OpenGLRenderer::DetectExtensions;
+  using OpenGLRenderer::DriverQueries;
+  using OpenGLRenderer::FindMaxTextureSize;
+  using OpenGLRenderer::IsRecommendedRenderer;
+  using OpenGLRenderer::m_canvas;
+  using OpenGLRenderer::m_context;
+  using OpenGLRenderer::m_isDoubleBuffered;
+  using OpenGLRenderer::m_isGLInitialized;
+  using OpenGLRenderer::m_ortho;
+  using OpenGLRenderer::m_pixelBuffers;
+  using OpenGLRenderer::m_programs;
+  using OpenGLRenderer::m_textures;
+  using OpenGLRenderer::m_textureTargets;
+  using OpenGLRenderer::m_viewport;
+  using OpenGLRenderer::Probe;
+  using OpenGLRenderer::SwitchToMultipleContexts;
+  using RendererBase::m_hasFrame;
+};
