@@ -44,6 +44,7 @@ int CCodecSession::Open(const VideoStreamInfo_t& stream) {
   AvCodecContextPtr context(avcodec_alloc_context3(codec));
   if (!context || !m_packet || !m_received) return DECOMP_ERROR_INTERNAL;
   context->thread_count = 1;
+  context->err_recognition |= AV_EF_EXPLODE;
   context->width = stream.width;
   context->height = stream.height;
   if (stream.timeBaseNum > 0 && stream.timeBaseDen > 0) {

@@ -1,16 +1,18 @@
 // CFrameConverter: crops, converts and scales one picture into a caller's frame buffer.
 //
-// This is the engine behind CDecompressor::GetImage. libswscale does the conversion into a
-// scratch picture of our own, and only the rows and bytes that the frame-buffer table gives
-// each plane are then copied into the caller's planes, rows `pitch` apart. The detour exists
-// because libswscale's optimised writers round rows up to their vector width and would write
-// past the end of a buffer laid out exactly as the table says; it also lets odd sizes and
-// YV12's exchanged planes be handled in one place. A crop that needs no conversion at all is
-// copied straight from the source picture.
+// This is the engine behind CDecompressor::GetImage. libswscale converts into a picture of our
+// own, and only the rows and bytes that the frame-buffer table gives each plane are then
+// copied into the caller's planes, rows `pitch` apart. The detour exists because libswscale's
+// optimised writers round rows up to their vector width and would write past the end of a
+// buffer laid out exactly as the table says; it also lets odd sizes and YV12's exchanged planes
+// be handled in one place. A crop that needs no conversion at all is copied straight from the
+// source picture.
 //
-// The scaler and the scratch picture are kept and reused while the source format, the crop
-// size, the target format and the target size stay the same, so steady streams allocate
-// nothing per frame. It does not check arguments (the decoder does) and keeps no picture.
+// Scaling a YUV picture into RGB runs in two steps, scaling in YUV and then converting at the
+// target size, which libswscale does about three times faster than in one step. The steps
+// and their pictures are kept and reused while the source format, the crop size, the target
+// format and the target size stay the same, so steady streams allocate nothing per frame. It
+// does not check arguments (the decoder does) and keeps no picture of the stream.
 //
 // Colour: BT.601 limited range on the YUV side, the matrix the renderer's GL programs use;
 // full-range (JPEG) sources are mapped into the limited range of the YUV targets.
@@ -18,6 +20,7 @@
 
 #include "AvHandles.h"
 #include "CDigitalPTZ.h"
+#include "CScaler.h"
 
 class CPixelLayout;
 
@@ -33,39 +36,14 @@ class CFrameConverter {
   int Convert(const AVFrame& source, const PtzRect& crop, const CPixelLayout& target,
               unsigned char* const* planes, const int* pitches);
 
-  // How often the scaler had to be built anew: once per change of conversion parameters.
-  int GetSetupCount() const { return m_setupCount; }
-
- public:
-  // Plane pointers and pitches of a picture, possibly moved to the corner of a crop.
-  struct PlaneView {
-    const uint8_t* data[4] = {};
-    int linesize[4] = {};
-  };
+  // How often a conversion step had to be built anew: on changes of conversion parameters.
+  int GetSetupCount() const;
 
  private:
-  struct ScalerKey {
-    AVPixelFormat sourceFormat = AV_PIX_FMT_NONE;
-    bool fullRange = false;
-    int sourceWidth = 0;
-    int sourceHeight = 0;
-    AVPixelFormat targetFormat = AV_PIX_FMT_NONE;
-    int targetWidth = 0;
-    int targetHeight = 0;
-    bool operator==(const ScalerKey& other) const;
-  };
+  bool Stage(CScaler::Key& key, PlaneView& view);
+  const AVFrame* Scale(const CScaler::Key& key, const PlaneView& view);
 
-  static bool IsPlainCopy(const ScalerKey& key);
-  static bool IsUnscaledOddSize(const ScalerKey& key);
-  bool Stage(ScalerKey& key, PlaneView& view);
-  bool EnsureScaler(const ScalerKey& key);
-  static SwsContextPtr BuildScaler(const ScalerKey& key);
-  bool EnsureScratch(const ScalerKey& key);
-  int Scale(const ScalerKey& key, const uint8_t* const* data, const int* linesizes);
-
-  SwsContextPtr m_scaler;
-  ScalerKey m_key;
-  AvFramePtr m_scratch;
+  CScaler m_first;
+  CScaler m_second;
   AvFramePtr m_staging;
-  int m_setupCount = 0;
 };

@@ -10,11 +10,6 @@ namespace {
 
 bool IsRtsp(const std::string& location) { return location.rfind("rtsp://", 0) == 0; }
 
-// libavformat answers AVERROR_EXIT when our interrupt callback stopped it.
-int OpenResult(int error) {
-  return error == AVERROR_EXIT ? DECOMP_ERROR_TIMEOUT : DECOMP_ERROR_OPEN_FAILED;
-}
-
 }  // namespace
 
 void CMediaSource::FormatCloser::operator()(AVFormatContext* context) const {
@@ -49,8 +44,7 @@ int CMediaSource::ReadPacket(MediaPacket_t& packet) {
     StartWaiting();
     const int read = av_read_frame(m_format.get(), m_packet.get());
     if (read == AVERROR_EOF) return DECOMP_END_OF_STREAM;
-    if (read == AVERROR_EXIT) return DECOMP_ERROR_TIMEOUT;
-    if (read < 0) return DECOMP_ERROR_IO;
+    if (read < 0) return HasTimedOut(read) ? DECOMP_ERROR_TIMEOUT : DECOMP_ERROR_IO;
     const bool ours = m_packet->stream_index == m_stream;
     if (ours) CopyPacket(packet);
     av_packet_unref(m_packet.get());
@@ -65,6 +59,16 @@ int CMediaSource::Interrupt(void* self) {
 
 void CMediaSource::StartWaiting() { m_deadline = std::chrono::steady_clock::now() + m_timeout; }
 
+// libavformat answers AVERROR_EXIT when our interrupt callback stopped it, but some protocols
+// (RTSP) turn that into errors of their own; a failure past the deadline is a timeout too.
+bool CMediaSource::HasTimedOut(int error) const {
+  return error == AVERROR_EXIT || std::chrono::steady_clock::now() > m_deadline;
+}
+
+int CMediaSource::OpenFailure(int error) const {
+  return HasTimedOut(error) ? DECOMP_ERROR_TIMEOUT : DECOMP_ERROR_OPEN_FAILED;
+}
+
 int CMediaSource::OpenInput(const std::string& location) {
   AVFormatContext* context = avformat_alloc_context();
   if (!context) return DECOMP_ERROR_INTERNAL;
@@ -75,11 +79,11 @@ int CMediaSource::OpenInput(const std::string& location) {
   // On failure libavformat frees the context itself.
   const int opened = avformat_open_input(&context, location.c_str(), nullptr, &options);
   av_dict_free(&options);
-  if (opened < 0) return OpenResult(opened);
+  if (opened < 0) return OpenFailure(opened);
   m_format.reset(context);
   StartWaiting();
   const int probed = avformat_find_stream_info(context, nullptr);
-  return probed < 0 ? OpenResult(probed) : DECOMP_OK;
+  return probed < 0 ? OpenFailure(probed) : DECOMP_OK;
 }
 
 int CMediaSource::DescribeVideoStream() {

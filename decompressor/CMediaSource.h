@@ -53,6 +53,8 @@ class CMediaSource {
 
   static int Interrupt(void* self);
   void StartWaiting();
+  bool HasTimedOut(int error) const;
+  int OpenFailure(int error) const;
   int OpenInput(const std::string& location);
   int DescribeVideoStream();
   void CopyPacket(MediaPacket_t& packet) const;

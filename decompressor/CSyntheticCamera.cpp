@@ -67,14 +67,15 @@ long long CSyntheticCamera::NextFrame() {
   return m_index;
 }
 
+// The box reaches the right edge after one second and is back at the left after two.
 PtzRect CSyntheticCamera::GetBoxRect(long long index) const {
   const int top = BarsBottom();
   const int track = ClockTop() - top;
   const int side = std::max(1, track * 3 / 4);
   const long long travel = std::max(0, GetWidth() - side);
-  const long long step = std::max(1LL, travel / m_rate);
-  const long long position = travel > 0 ? index * step % (2 * travel) : 0;
-  const int x = static_cast<int>(position <= travel ? position : 2 * travel - position);
+  const long long phase = std::max(index, 0LL) % (2 * m_rate);
+  const long long along = phase <= m_rate ? phase : 2 * m_rate - phase;
+  const int x = static_cast<int>(along * travel / m_rate);
   return PtzRect{x, top + (track - side) / 2, side, side};
 }
 

@@ -218,18 +218,23 @@ TEST_F(GetImageArguments, PtzThatIsNotEngagedIsIgnored) {
 
 TEST_F(GetImageArguments, ConversionIsBuiltOnceWhileParametersStay) {
   TestFrame rgb(PIXEL_FORMAT_RGB24, 32, 24);
-  for (int frame = 0; frame < 10; ++frame) {
+  ASSERT_EQ(DECOMP_OK, Get(rgb, 0, 0, kWidth, kHeight));
+  const int built = decoder.GetConverterSetupCount();
+  EXPECT_GT(built, 0);
+  for (int frame = 1; frame < 10; ++frame) {
     ASSERT_EQ(DECOMP_OK, PutTestFrame(decoder, source, frame));
     ASSERT_EQ(DECOMP_OK, Get(rgb, 0, 0, kWidth, kHeight));
   }
-  EXPECT_EQ(1, decoder.GetConverterSetupCount());
+  EXPECT_EQ(built, decoder.GetConverterSetupCount());
 
   TestFrame larger(PIXEL_FORMAT_RGB24, 40, 30);
   ASSERT_EQ(DECOMP_OK, Get(larger, 0, 0, kWidth, kHeight));
+  const int rebuilt = decoder.GetConverterSetupCount();
+  EXPECT_GT(rebuilt, built);
   ASSERT_EQ(DECOMP_OK, Get(larger, 0, 0, kWidth, kHeight));
-  EXPECT_EQ(2, decoder.GetConverterSetupCount());
+  EXPECT_EQ(rebuilt, decoder.GetConverterSetupCount());
   ASSERT_EQ(DECOMP_OK, Get(rgb, 0, 0, kWidth, kHeight));
-  EXPECT_EQ(3, decoder.GetConverterSetupCount());
+  EXPECT_GT(decoder.GetConverterSetupCount(), rebuilt);
 }
 
 TEST_F(GetImageArguments, PlainCopiesNeedNoConversion) {

@@ -1,6 +1,5 @@
 // GetImage into every pixel format, from raw frames of every pixel format: colours against the
 // BT.601 reference, placement under crop and scaling, and nothing written outside the planes.
-#include <memory>
 #include <string>
 #include <tuple>
 
@@ -38,23 +37,13 @@ constexpr Geometry kGeometries[] = {
 
 class GetImageFormats : public ::testing::TestWithParam<std::tuple<int, int>> {};
 
-class GetImageExact : public ::testing::Test {
+class GetImageExact : public DecoderFixture {
  protected:
-  // Hands the decoder a noise picture and keeps it as the source of the expectations.
-  const TestFrame& Load(int format, int width, int height) {
-    source = std::make_unique<TestFrame>(NoiseFrame(format, width, height));
-    EXPECT_EQ(DECOMP_OK, PutTestFrame(decoder, *source));
-    return *source;
-  }
-
   // GetImage of the rectangle of `target`'s size at (x, y), unscaled.
   int GetUnscaled(TestFrame& target, int x, int y) {
     return decoder.GetImage(target.Planes(), target.Pitches(), target.Format(), target.Width(),
                             target.Height(), x, y, target.Width(), target.Height(), nullptr);
   }
-
-  CDecompressor decoder;
-  std::unique_ptr<TestFrame> source;
 };
 
 }  // namespace

@@ -16,6 +16,10 @@ constexpr int kScaledFlatTolerance = 1;  // scaling a flat area: rounding only
 constexpr int kYuvToRgbTolerance = 3;    // libswscale's fixed-point YUV to RGB, vs the reference
 constexpr int kRgbToYuvTolerance = 2;    // RGB to YUV, vs the reference
 
+// Mean absolute difference, over all channels, between a picture that went through one of
+// the test encoders (at their high quality settings) and its original.
+constexpr double kCodecMeanError = 3.0;
+
 class SampleImage {
  public:
   enum class Kind { kRgb, kYuv };

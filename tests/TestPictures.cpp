@@ -5,6 +5,8 @@
 #include <cmath>
 #include <cstdint>
 
+#include <decompressor/PixelFormat.h>
+
 namespace {
 
 constexpr Rgb kPalette[kBlockColumns * kBlockRows] = {
@@ -121,6 +123,41 @@ TestFrame CameraFrame(const CSyntheticCamera& camera) {
     return Yuv{luma, planes[1][y / 2 * pitches[1] + x / 2], planes[2][y / 2 * pitches[2] + x / 2]};
   });
   return frame;
+}
+
+bool EncodeCameraFrames(CSyntheticCamera& camera, TestEncoder& encoder, int count) {
+  for (int index = 0; index < count; ++index) {
+    camera.Render(index);
+    if (!encoder.Encode(camera.GetPlanes(), camera.GetPitches(), index)) return false;
+  }
+  return encoder.Finish();
+}
+
+EncodedStream EncodeCamera(const char* encoder, int width, int height, int rate, int frames,
+                           bool globalHeader) {
+  CSyntheticCamera camera(width, height, rate);
+  TestEncoder stream(encoder, width, height, rate, globalHeader);
+  EXPECT_TRUE(stream.IsOpen()) << encoder;
+  EXPECT_TRUE(EncodeCameraFrames(camera, stream, frames));
+  return EncodedStream{stream.StreamInfo(), stream.Packets()};
+}
+
+::testing::AssertionResult CloseToCamera(CDecompressor& decoder, long long index, int rate,
+                                         const std::string& name) {
+  CSyntheticCamera camera(decoder.GetWidth(), decoder.GetHeight(), rate);
+  camera.Render(index);
+  TestFrame decoded(PIXEL_FORMAT_I420, decoder.GetWidth(), decoder.GetHeight());
+  if (GetWholeImage(decoder, decoded) != DECOMP_OK) {
+    return ::testing::AssertionFailure() << "GetImage failed";
+  }
+  return MeanErrorBelow(decoded.ToImage(), CameraFrame(camera).ToImage(), kCodecMeanError,
+                        name + "-" + std::to_string(index));
+}
+
+const TestFrame& DecoderFixture::Load(int format, int width, int height, long long pts) {
+  m_frames.push_back(std::make_unique<TestFrame>(NoiseFrame(format, width, height)));
+  EXPECT_EQ(DECOMP_OK, PutTestFrame(decoder, *m_frames.back(), pts));
+  return *m_frames.back();
 }
 
 int GetWholeImage(CDecompressor& decoder, TestFrame& target) {

@@ -3,12 +3,15 @@
 // functions of the pixel position; they draw nothing themselves.
 #pragma once
 
+#include <memory>
 #include <string>
+#include <vector>
 
 #include <decompressor/CDecompressor.h>
 #include <decompressor/CSyntheticCamera.h>
 
 #include "ColourReference.h"
+#include "TestEncoder.h"
 #include "TestFrame.h"
 
 // Blocks: kBlockColumns x kBlockRows of distinct in-gamut colours over `width` x `height`.
@@ -49,6 +52,40 @@ int PutTestFrame(CDecompressor& decoder, TestFrame& frame, long long pts = 0);
 
 // The camera's current picture, read from its planes.
 TestFrame CameraFrame(const CSyntheticCamera& camera);
+
+// Draws pictures 0 .. count - 1 of `camera` and encodes each at its index, then flushes.
+bool EncodeCameraFrames(CSyntheticCamera& camera, TestEncoder& encoder, int count);
+
+// The camera stream the codec and media-source tests encode: small, so the tests stay quick.
+constexpr int kStreamWidth = 160;
+constexpr int kStreamHeight = 120;
+constexpr int kStreamRate = 25;
+
+// A compressed stream of camera pictures and what a decoder needs to know of it.
+struct EncodedStream {
+  VideoStreamInfo_t info;
+  std::vector<EncodedPacket> packets;
+};
+
+// `frames` pictures of a `width` x `height` camera at `rate`, encoded with `encoder`.
+EncodedStream EncodeCamera(const char* encoder, int width, int height, int rate, int frames,
+                           bool globalHeader = false);
+
+// The decoder's latest picture is within kCodecMeanError of picture `index` of a camera of
+// its size.
+::testing::AssertionResult CloseToCamera(CDecompressor& decoder, long long index, int rate,
+                                         const std::string& name);
+
+// A decoder fed with noise frames that the test keeps as its expectations.
+class DecoderFixture : public ::testing::Test {
+ protected:
+  const TestFrame& Load(int format, int width, int height, long long pts = 0);
+
+  CDecompressor decoder;
+
+ private:
+  std::vector<std::unique_ptr<TestFrame>> m_frames;
+};
 
 // GetImage of the whole picture into `target`.
 int GetWholeImage(CDecompressor& decoder, TestFrame& target);
