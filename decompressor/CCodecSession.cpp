@@ -44,6 +44,8 @@ int CCodecSession::Open(const VideoStreamInfo_t& stream) {
   AvCodecContextPtr context(avcodec_alloc_context3(codec));
   if (!context || !m_packet || !m_received) return DECOMP_ERROR_INTERNAL;
   context->thread_count = 1;
+  // Damage is reported instead of concealed: a concealed picture would replace the last good
+  // one with a smeared one, and the host would not learn that the stream is broken.
   context->err_recognition |= AV_EF_EXPLODE;
   context->width = stream.width;
   context->height = stream.height;
@@ -74,6 +76,8 @@ int CCodecSession::Drain(CPictureStore& store) {
   return result;
 }
 
+// Every call reads all the codec's output, so the codec never turns a packet away for want
+// of reading (EAGAIN); any refusal is about the data.
 int CCodecSession::Send(const AVPacket* packet, CPictureStore& store) {
   const int sent = avcodec_send_packet(m_context.get(), packet);
   bool damaged = false;

@@ -59,8 +59,10 @@ class CDecompressor {
   int Drain();
 
   // Takes a raw frame in any pixel format, laid out as the frame-buffer table says (the
-  // caller's planes and pitches; the frame is copied). DECOMP_OK or DECOMP_ERROR_ARGUMENT
-  // (unknown format, size below 1, a null plane, a pitch shorter than a row).
+  // caller's planes and pitches; the frame is copied). For odd sizes the chroma the table
+  // leaves out (the last column or row) repeats its neighbour. DECOMP_OK or
+  // DECOMP_ERROR_ARGUMENT (unknown format, size below 1, a null plane, a pitch shorter than a
+  // row), with the latest picture kept.
   int PutFrame(const unsigned char* const* planes, const int* pitches, int format, int width,
                int height, long long pts);
 
@@ -83,7 +85,8 @@ class CDecompressor {
   // - the source rectangle (srcX, srcY, srcWidth, srcHeight) must lie inside the picture;
   // - with an engaged `ptz` (non-null, IsActive() and enabled) the picture is cropped further
   //   to the PTZ's zoom window inside that rectangle (CDigitalPTZ::GetZoomWindow);
-  // - the crop is then converted (BT.601 limited range on the YUV side) and scaled;
+  // - the crop is then converted (BT.601 limited range on the YUV side; RGBA32 gets alpha 255
+  //   unless the picture came in as RGBA32) and scaled;
   // - each plane gets the rows and row bytes the frame-buffer table gives it (CPixelLayout),
   //   rows `pitch` apart; nothing else in the caller's buffer is written. Odd sizes follow the
   //   table: the last column (row) of an odd 4:2:x picture has no chroma sample of its own.
