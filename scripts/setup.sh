@@ -7,6 +7,7 @@ packages=(
   build-essential cmake pkg-config git
   libwxgtk3.2-dev
   libgl1-mesa-dev libglu1-mesa-dev libgl1-mesa-dri mesa-utils
+  # libavcodec brings the x264 and x265 encoders that the decoder tests make streams with.
   libavcodec-dev libavformat-dev libavutil-dev libswscale-dev
   libgtest-dev libgmock-dev googletest libbenchmark-dev
   xvfb xauth

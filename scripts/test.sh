@@ -12,7 +12,7 @@ build=build
 options=()
 if [ "${1:-}" = "--sanitize" ]; then
   build=build-asan
-  options=(-DRENDERER_SANITIZE=ON)
+  options=(-DRENDERER_SANITIZE=ON -DRENDERER_BUILD_BENCH=OFF)
 fi
 
 cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo "${options[@]}" >/dev/null

@@ -1,0 +1,109 @@
+// CCodecSession: send/receive on libavcodec, damaged pictures filtered out.
+#include "CCodecSession.h"
+
+#include <cstring>
+#include <string>
+
+#include "CPictureStore.h"
+#include "DecompressorTypes.h"
+
+namespace {
+
+const AVCodec* FindDecoder(const std::string& name) {
+  const AVCodecDescriptor* descriptor =
+      avcodec_descriptor_get_by_name(name == "h265" ? "hevc" : name.c_str());
+  if (!descriptor || descriptor->type != AVMEDIA_TYPE_VIDEO) return nullptr;
+  return avcodec_find_decoder(descriptor->id);
+}
+
+bool IsDamaged(const AVFrame& frame) {
+  return frame.decode_error_flags != 0 || (frame.flags & AV_FRAME_FLAG_CORRUPT);
+}
+
+// Out-of-band headers in a zero-padded buffer that the codec context owns and frees.
+bool CopyExtradata(const std::vector<unsigned char>& extradata, AVCodecContext& context) {
+  if (extradata.empty()) return true;
+  const size_t size = extradata.size();
+  context.extradata = static_cast<uint8_t*>(av_mallocz(size + AV_INPUT_BUFFER_PADDING_SIZE));
+  if (!context.extradata) return false;
+  std::memcpy(context.extradata, extradata.data(), size);
+  context.extradata_size = static_cast<int>(size);
+  return true;
+}
+
+}  // namespace
+
+CCodecSession::CCodecSession() : m_packet(av_packet_alloc()), m_received(av_frame_alloc()) {}
+
+CCodecSession::~CCodecSession() = default;
+
+int CCodecSession::Open(const VideoStreamInfo_t& stream) {
+  m_context.reset();
+  const AVCodec* codec = FindDecoder(stream.codec);
+  if (!codec) return DECOMP_ERROR_UNKNOWN_CODEC;
+  AvCodecContextPtr context(avcodec_alloc_context3(codec));
+  if (!context || !m_packet || !m_received) return DECOMP_ERROR_INTERNAL;
+  context->thread_count = 1;
+  // Damage is reported instead of concealed: a concealed picture would replace the last good
+  // one with a smeared one, and the host would not learn that the stream is broken.
+  context->err_recognition |= AV_EF_EXPLODE;
+  context->width = stream.width;
+  context->height = stream.height;
+  if (stream.timeBaseNum > 0 && stream.timeBaseDen > 0) {
+    context->pkt_timebase = AVRational{stream.timeBaseNum, stream.timeBaseDen};
+  }
+  if (!CopyExtradata(stream.extradata, *context)) return DECOMP_ERROR_INTERNAL;
+  if (avcodec_open2(context.get(), codec, nullptr) < 0) return DECOMP_ERROR_INTERNAL;
+  m_context = std::move(context);
+  return DECOMP_OK;
+}
+
+int CCodecSession::Decode(const unsigned char* data, int size, long long pts,
+                          CPictureStore& store) {
+  // The packet borrows the caller's bytes; libavcodec copies them into a padded buffer of its
+  // own before it reads them.
+  m_packet->data = const_cast<unsigned char*>(data);
+  m_packet->size = size;
+  m_packet->pts = pts;
+  const int result = Send(m_packet.get(), store);
+  av_packet_unref(m_packet.get());
+  return result;
+}
+
+int CCodecSession::Drain(CPictureStore& store) {
+  const int result = Send(nullptr, store);
+  avcodec_flush_buffers(m_context.get());
+  return result;
+}
+
+// Every call reads all the codec's output, so the codec never turns a packet away for want
+// of reading (EAGAIN); any refusal is about the data.
+int CCodecSession::Send(const AVPacket* packet, CPictureStore& store) {
+  const int sent = avcodec_send_packet(m_context.get(), packet);
+  bool damaged = false;
+  const int pictures = Receive(store, damaged);
+  if (pictures < 0) return pictures;
+  if (sent == AVERROR(ENOMEM)) return DECOMP_ERROR_INTERNAL;
+  if (sent < 0 || damaged) return DECOMP_ERROR_CORRUPT_DATA;
+  return pictures;
+}
+
+int CCodecSession::Receive(CPictureStore& store, bool& damaged) {
+  int pictures = 0;
+  for (;;) {
+    const int received = avcodec_receive_frame(m_context.get(), m_received.get());
+    if (received == AVERROR(EAGAIN) || received == AVERROR_EOF) return pictures;
+    if (received == AVERROR(ENOMEM)) return DECOMP_ERROR_INTERNAL;
+    if (received < 0) {
+      damaged = true;
+      return pictures;
+    }
+    if (IsDamaged(*m_received)) {
+      damaged = true;
+      av_frame_unref(m_received.get());
+      continue;
+    }
+    store.Take(*m_received);
+    ++pictures;
+  }
+}

@@ -1,0 +1,154 @@
+// CFrameConverter: plain copies, staged odd sizes, one or two libswscale steps, then a copy
+// by the table's rows.
+#include "CFrameConverter.h"
+
+#include <cstddef>
+
+extern "C" {
+#include <libavutil/imgutils.h>
+#include <libavutil/pixdesc.h>
+}
+
+#include "AvPixelFormats.h"
+#include "CPixelLayout.h"
+#include "DecompressorTypes.h"
+#include "PictureCopy.h"
+
+namespace {
+
+bool IsChromaPlane(const AVPixFmtDescriptor& desc, int plane) {
+  return (plane == 1 || plane == 2) && !(desc.flags & AV_PIX_FMT_FLAG_RGB);
+}
+
+// Pictures whose planes can be addressed sample by sample; palettes, bit-packed and
+// hardware pictures cannot be cropped by moving plane pointers.
+bool IsAddressable(AVPixelFormat format) {
+  const AVPixFmtDescriptor* desc = av_pix_fmt_desc_get(format);
+  const auto excluded = AV_PIX_FMT_FLAG_PAL | AV_PIX_FMT_FLAG_BITSTREAM | AV_PIX_FMT_FLAG_HWACCEL;
+  return desc && !(desc->flags & excluded) && sws_isSupportedInput(format);
+}
+
+bool IsUnscaled(const CScaler::Key& key) {
+  return key.sourceWidth == key.targetWidth && key.sourceHeight == key.targetHeight;
+}
+
+bool IsPlainCopy(const CScaler::Key& key) {
+  return key.sourceFormat == key.targetFormat && !key.fullRange && IsUnscaled(key);
+}
+
+bool IsUnscaledOddSize(const CScaler::Key& key) {
+  return IsUnscaled(key) && (key.targetWidth % 2 != 0 || key.targetHeight % 2 != 0);
+}
+
+// The YUV format to scale in before converting to RGB at the target size, or
+// AV_PIX_FMT_NONE where one step is the better road (no scaling, odd target sizes, sources
+// that are not YUV with halved chroma width).
+AVPixelFormat IntermediateFormat(const CScaler::Key& key) {
+  const AVPixFmtDescriptor& source = *av_pix_fmt_desc_get(key.sourceFormat);
+  const AVPixFmtDescriptor& target = *av_pix_fmt_desc_get(key.targetFormat);
+  const bool evenTarget = key.targetWidth % 2 == 0 && key.targetHeight % 2 == 0;
+  const bool halvedChroma = !(source.flags & AV_PIX_FMT_FLAG_RGB) && source.nb_components >= 3 &&
+                            source.log2_chroma_w == 1;
+  if (IsUnscaled(key) || !evenTarget || !halvedChroma || !(target.flags & AV_PIX_FMT_FLAG_RGB)) {
+    return AV_PIX_FMT_NONE;
+  }
+  return source.log2_chroma_h == 1 ? AV_PIX_FMT_YUV420P : AV_PIX_FMT_YUV422P;
+}
+
+// The crop's top-left corner in every plane. Subsampled chroma starts at the sample that covers
+// the corner, so an odd corner is exact in luma and within half a pixel in chroma.
+PlaneView CropView(const AVFrame& frame, AVPixelFormat format, const PtzRect& crop) {
+  const AVPixFmtDescriptor& desc = *av_pix_fmt_desc_get(format);
+  int steps[4];
+  av_image_fill_max_pixsteps(steps, nullptr, &desc);
+  PlaneView view;
+  for (int plane = 0; plane < av_pix_fmt_count_planes(format); ++plane) {
+    const bool chroma = IsChromaPlane(desc, plane);
+    const int x = chroma ? crop.x >> desc.log2_chroma_w : crop.x;
+    const int y = chroma ? crop.y >> desc.log2_chroma_h : crop.y;
+    view.data[plane] = frame.data[plane] + static_cast<ptrdiff_t>(y) * frame.linesize[plane] +
+                       static_cast<ptrdiff_t>(x) * steps[plane];
+    view.linesize[plane] = frame.linesize[plane];
+  }
+  return view;
+}
+
+// Copies each plane's table rows into the caller's plane, `pitch` apart.
+void CopyOut(const PlaneView& view, const CPixelLayout& target, unsigned char* const* planes,
+             const int* pitches) {
+  for (int plane = 0; plane < target.GetPlaneCount(); ++plane) {
+    const int caller = CallerPlane(target.GetFormat(), plane);
+    av_image_copy_plane(planes[caller], pitches[caller], view.data[plane], view.linesize[plane],
+                        target.GetRowBytes(caller), target.GetRows(caller));
+  }
+}
+
+}  // namespace
+
+CFrameConverter::CFrameConverter() : m_staging(av_frame_alloc()) {}
+
+CFrameConverter::~CFrameConverter() = default;
+
+int CFrameConverter::Convert(const AVFrame& source, const PtzRect& crop, const CPixelLayout& target,
+                             unsigned char* const* planes, const int* pitches) {
+  const AvSourceFormat described = DescribeSource(source);
+  if (!IsAddressable(described.format)) return DECOMP_ERROR_UNSUPPORTED;
+  CScaler::Key key{described.format,
+                   described.fullRange,
+                   crop.width,
+                   crop.height,
+                   ToAvPixelFormat(target.GetFormat()),
+                   target.GetWidth(),
+                   target.GetHeight()};
+  PlaneView view = CropView(source, described.format, crop);
+  if (IsPlainCopy(key)) {
+    CopyOut(view, target, planes, pitches);
+    return DECOMP_OK;
+  }
+  if (IsUnscaledOddSize(key) && !Stage(key, view)) return DECOMP_ERROR_INTERNAL;
+  const AVFrame* converted = Scale(key, view);
+  if (!converted) return DECOMP_ERROR_INTERNAL;
+  CopyOut(ViewOf(*converted), target, planes, pitches);
+  return DECOMP_OK;
+}
+
+int CFrameConverter::GetSetupCount() const {
+  return m_first.GetSetupCount() + m_second.GetSetupCount();
+}
+
+// libswscale's unscaled converters drop the last column of some odd widths, so an unscaled
+// conversion of an odd size runs one size up, on a copy of the crop whose last column and row
+// repeat; the copy out then leaves the extra column and row behind.
+bool CFrameConverter::Stage(CScaler::Key& key, PlaneView& view) {
+  const int width = key.sourceWidth + key.sourceWidth % 2;
+  const int height = key.sourceHeight + key.sourceHeight % 2;
+  if (!m_staging || !EnsurePictureBuffer(*m_staging, key.sourceFormat, width, height)) {
+    return false;
+  }
+  const AVPixFmtDescriptor& desc = *av_pix_fmt_desc_get(key.sourceFormat);
+  int rowBytes[4] = {};
+  int rows[4] = {};
+  av_image_fill_linesizes(rowBytes, key.sourceFormat, key.sourceWidth);
+  for (int plane = 0; plane < av_pix_fmt_count_planes(key.sourceFormat); ++plane) {
+    const int shift = IsChromaPlane(desc, plane) ? desc.log2_chroma_h : 0;
+    rows[plane] = AV_CEIL_RSHIFT(key.sourceHeight, shift);
+  }
+  CopyExtended(view.data, view.linesize, rowBytes, rows, *m_staging);
+  view = ViewOf(*m_staging);
+  key.sourceWidth = key.targetWidth = width;
+  key.sourceHeight = key.targetHeight = height;
+  return true;
+}
+
+const AVFrame* CFrameConverter::Scale(const CScaler::Key& key, const PlaneView& view) {
+  const AVPixelFormat between = IntermediateFormat(key);
+  if (between == AV_PIX_FMT_NONE) return m_first.Run(key, view) ? &m_first.Output() : nullptr;
+  CScaler::Key scaling = key;
+  scaling.targetFormat = between;
+  const CScaler::Key converting{
+      between,          false,           key.targetWidth, key.targetHeight,
+      key.targetFormat, key.targetWidth, key.targetHeight};
+  const bool done =
+      m_first.Run(scaling, view) && m_second.Run(converting, ViewOf(m_first.Output()));
+  return done ? &m_second.Output() : nullptr;
+}

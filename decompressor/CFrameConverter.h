@@ -1,0 +1,49 @@
+// CFrameConverter: crops, converts and scales one picture into a caller's frame buffer.
+//
+// This is the engine behind CDecompressor::GetImage. libswscale converts into a picture of our
+// own, and only the rows and bytes that the frame-buffer table gives each plane are then
+// copied into the caller's planes, rows `pitch` apart. The detour exists because libswscale's
+// optimised writers round rows up to their vector width and would write past the end of a
+// buffer laid out exactly as the table says; it also lets odd sizes and YV12's exchanged planes
+// be handled in one place. A crop that needs no conversion at all is copied straight from the
+// source picture.
+//
+// Scaling a YUV picture into RGB runs in two steps, scaling in YUV and then converting at the
+// target size, which libswscale does about three times faster than in one step. The steps
+// and their pictures are kept and reused while the source format, the crop size, the target
+// format and the target size stay the same, so steady streams allocate nothing per frame. It
+// does not check arguments (the decoder does) and keeps no picture of the stream.
+//
+// Colour: BT.601 limited range on the YUV side, the matrix the renderer's GL programs use;
+// full-range (JPEG) sources are mapped into the limited range of the YUV targets.
+#pragma once
+
+#include "AvHandles.h"
+#include "CDigitalPTZ.h"
+#include "CScaler.h"
+
+class CPixelLayout;
+
+class CFrameConverter {
+ public:
+  CFrameConverter();
+  ~CFrameConverter();
+  CFrameConverter(const CFrameConverter&) = delete;
+  CFrameConverter& operator=(const CFrameConverter&) = delete;
+
+  // Writes `crop` (inside the picture) of `source` into `planes` as `target` lays them out.
+  // DECOMP_OK, or an error code with nothing written.
+  int Convert(const AVFrame& source, const PtzRect& crop, const CPixelLayout& target,
+              unsigned char* const* planes, const int* pitches);
+
+  // How often a conversion step had to be built anew: on changes of conversion parameters.
+  int GetSetupCount() const;
+
+ private:
+  bool Stage(CScaler::Key& key, PlaneView& view);
+  const AVFrame* Scale(const CScaler::Key& key, const PlaneView& view);
+
+  CScaler m_first;
+  CScaler m_second;
+  AvFramePtr m_staging;
+};

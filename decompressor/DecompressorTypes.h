@@ -1,0 +1,46 @@
+// Result codes and plain records that the decoder and the media sources exchange with a host.
+//
+// These carry no FFmpeg types, so a host includes them without the codec headers; they hold
+// no behaviour. Failures are reported through the negative codes below, never by exceptions.
+#pragma once
+
+#include <string>
+#include <vector>
+
+enum : int {
+  DECOMP_OK = 0,
+  DECOMP_END_OF_STREAM = 1,  // a media source has no further packets
+
+  DECOMP_ERROR_ARGUMENT = -1,       // a null pointer, a size below 1, an unknown format, ...
+  DECOMP_ERROR_NO_FRAME = -2,       // no picture has been decoded or handed in yet
+  DECOMP_ERROR_NOT_OPEN = -3,       // compressed data arrived before a stream was opened
+  DECOMP_ERROR_UNKNOWN_CODEC = -4,  // no decoder for the named codec
+  DECOMP_ERROR_CORRUPT_DATA = -5,   // data rejected, or a damaged picture dropped
+  DECOMP_ERROR_UNSUPPORTED = -6,    // a request this decoder cannot serve (hardware images, ...)
+  DECOMP_ERROR_OPEN_FAILED = -7,    // a media source could not be opened or has no video
+  DECOMP_ERROR_IO = -8,             // reading from a media source failed
+  DECOMP_ERROR_TIMEOUT = -9,        // a media source did not answer in time
+  DECOMP_ERROR_INTERNAL = -10,      // the codec library failed (out of memory, ...)
+};
+
+// One compressed video stream as a decoder needs to know it.
+struct VideoStreamInfo_t {
+  // Codec as libavcodec names it: "h264", "hevc", "mjpeg", "mpeg4", ...
+  std::string codec;
+  // Out-of-band headers (avcC, hvcC, the MPEG-4 configuration); empty when they travel in-band.
+  std::vector<unsigned char> extradata;
+  // Picture size the container declares; 0 when it does not say.
+  int width = 0;
+  int height = 0;
+  // The unit of packet timestamps, in seconds: timeBaseNum / timeBaseDen.
+  int timeBaseNum = 1;
+  int timeBaseDen = 90000;
+};
+
+// One compressed packet of a video stream. Hosts keep one and let a source refill it, so its
+// storage is reused from packet to packet.
+struct MediaPacket_t {
+  std::vector<unsigned char> data;
+  long long pts = 0;  // presentation time in the stream's time base
+  bool keyFrame = false;
+};
