@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Builds and starts the main program, the video wall. Extra arguments go to the program.
-# Without a DISPLAY it runs under its own Xvfb server.
+# Without a DISPLAY it plays under its own Xvfb server and writes a screenshot instead
+# (build/videowall.png), saying where.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/setup.sh
@@ -8,6 +9,8 @@ cmake -S . -B build -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
 cmake --build build -j"$(nproc)" --target videowall
 if [ -n "${DISPLAY:-}" ]; then
   exec build/apps/videowall "$@"
-else
-  exec xvfb-run -a -s "-screen 0 1280x1024x24 +extension GLX -noreset" build/apps/videowall "$@"
 fi
+if [ $# -eq 0 ]; then
+  set -- --screenshot "$PWD/build/videowall.png"
+fi
+exec xvfb-run -a -s "-screen 0 1280x1024x24 +extension GLX -noreset" build/apps/videowall "$@"
