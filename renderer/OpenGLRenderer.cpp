@@ -2,6 +2,7 @@
 // overlay primitives of the GL back-end.
 #include "OpenGLRenderer.h"
 
+#include <algorithm>
 #include <climits>
 #include <cstring>
 #include <string>
@@ -12,6 +13,7 @@
 #include "GLEntryPoints.h"
 #include "InternalGLCanvas.h"
 #include "RendererLog.h"
+#include "wxGLFont.h"
 
 namespace {
 
@@ -109,6 +111,7 @@ bool OpenGLRenderer::m_isSupported = true;
 bool OpenGLRenderer::m_isRecommended = true;
 wxSize OpenGLRenderer::m_maxTextureSize(0, 0);
 wxRect OpenGLRenderer::m_sharedViewport(0, 0, 0, 0);
+std::vector<FontReference*> OpenGLRenderer::m_sharedFonts;
 
 // ---- Extension strings -----------------------------------------------------------------------
 
@@ -278,7 +281,8 @@ OpenGLRenderer::OpenGLRenderer(wxWindow* parent)
       m_context(nullptr),
       m_isDoubleBuffered(true),
       m_viewport(0, 0, 0, 0),
-      m_ortho(0, 0, 0, 0) {
+      m_ortho(0, 0, 0, 0),
+      m_activeOverlayFont(nullptr) {
   ++RendererCount;
   if (GetIsSupported()) {
     m_canvas = CreateCanvas();
@@ -298,6 +302,8 @@ OpenGLRenderer::~OpenGLRenderer() {
   const ShownWhileAlive parentShown(m_parent);
   SetCurrent();
   DeleteTextures();
+  ResetOverlayFonts();
+  CleanupOverlayFonts();
   m_parentSize.reset();
   if (m_context == m_sharedContext) m_context = nullptr;
   --RendererCount;
@@ -492,17 +498,45 @@ void OpenGLRenderer::DrawBitmap(wxDC*, wxBitmap, int, int) {}
 // ---- Overlays --------------------------------------------------------------------------------
 
 // Every overlay primitive is alpha-blended; blending is off again for the next frame.
+// Every overlay primitive is alpha-blended. Fonts this renderer does not use in the pass are
+// released at its end.
 void OpenGLRenderer::DrawOverlays(wxDC* dc) {
   if (!IsContextReady(true)) return;
+  ResetOverlayFonts();
   glEnable(GL_BLEND);
   glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
   RendererBase::DrawOverlays(dc);
   glDisable(GL_BLEND);
+  SetActiveOverlayFont(nullptr);
+  CleanupOverlayFonts();
 }
 
-// Labels need the glyph font, which does not exist yet: nothing is drawn.
-void OpenGLRenderer::DoDrawLabel(wxDC*, const wxString&, wxFont, wxColour, wxRect, int, bool,
-                                 wxColour) {}
+// Measuring may make glyphs, so the context must be current.
+wxSize OpenGLRenderer::MeasureText(const wxString& text, wxFont font) {
+  wxGLFont* glFont = GetOverlayFont(font);
+  SetActiveOverlayFont(glFont);
+  float width = 0.0f;
+  float height = 0.0f;
+  glFont->MeasureText(text, width, height);
+  return wxSize(static_cast<int>(width), static_cast<int>(height));
+}
+
+// One line of text with its top-left corner where the alignment puts it, on an optional box
+// exactly the size of the text.
+void OpenGLRenderer::DoDrawLabel(wxDC* dc, const wxString& text, wxFont font, wxColour colour,
+                                 wxRect rect, int alignment, bool scale, wxColour background) {
+  if (scale) font = GetScaledFont(font, text, wxPoint(rect.x, rect.y));
+  wxGLFont* glFont = GetOverlayFont(font);
+  SetActiveOverlayFont(glFont);
+  const wxPoint position = GetTextLocation(font, text, rect, alignment);
+  if (background.IsOk()) {
+    RendererBase::DrawRect(dc, wxRect(position, MeasureText(text, font)), background);
+  }
+  glEnable(GL_TEXTURE_2D);
+  SetColour(colour);
+  glFont->WriteText(text, position.x - 0.5f, position.y - 0.5f, 0.0f);
+  glDisable(GL_TEXTURE_2D);
+}
 
 void OpenGLRenderer::SetColour(const wxColour& colour) {
   glColor4f(Unit(colour.Red()), Unit(colour.Green()), Unit(colour.Blue()), Unit(colour.Alpha()));
@@ -561,3 +595,92 @@ void OpenGLRenderer::DoDrawLine(wxDC*, wxPoint from, wxPoint to, wxColour colour
 // The renderer's own event table stays empty: its one handler, OnSize, is bound on the parent
 // at run time.
 wxBEGIN_EVENT_TABLE(OpenGLRenderer, wxEvtHandler) wxEND_EVENT_TABLE()
+
+    // ---- Overlay fonts --------------------------------------------------------------------------
+
+    namespace {
+  // The font a cache entry stands for: an invalid font measures and draws as the default one.
+  wxFont UsableFont(const wxFont& font) { return font.IsOk() ? font : *wxNORMAL_FONT; }
+
+}  // namespace
+
+FontReference* OpenGLRenderer::GetFontReference(std::vector<FontReference*>& fonts, wxFont font) {
+  const wxString description = UsableFont(font).GetNativeFontInfoDesc();
+  for (FontReference* entry : fonts) {
+    if (entry->description == description) return entry;
+  }
+  return nullptr;
+}
+
+void OpenGLRenderer::RemoveFontReference(std::vector<FontReference*>& fonts, wxFont font) {
+  FontReference* entry = GetFontReference(fonts, font);
+  if (!entry) return;
+  fonts.erase(std::find(fonts.begin(), fonts.end(), entry));
+  delete entry->font;
+  delete entry->glFont;
+  delete entry;
+}
+
+wxGLFont* OpenGLRenderer::CreateGLFont(wxFont font) {
+  font = UsableFont(font);
+  if (FontReference* shared = GetFontReference(m_sharedFonts, font)) {
+    ++shared->refCount;
+    return shared->glFont;
+  }
+  auto* glFont = new wxGLFont(font);
+  m_sharedFonts.push_back(
+      new FontReference{new wxFont(font), glFont, 1, font.GetNativeFontInfoDesc()});
+  return glFont;
+}
+
+wxGLFont* OpenGLRenderer::GetOverlayFont(wxFont font) {
+  font = UsableFont(font);
+  if (FontReference* own = GetFontReference(m_overlayFonts, font)) {
+    ++own->refCount;
+    return own->glFont;
+  }
+  wxGLFont* glFont = CreateGLFont(font);
+  m_overlayFonts.push_back(
+      new FontReference{new wxFont(font), glFont, 1, font.GetNativeFontInfoDesc()});
+  return glFont;
+}
+
+void OpenGLRenderer::ReleaseGLFont(wxGLFont* glFont) {
+  if (!glFont) return;
+  if (glFont == m_activeOverlayFont) SetActiveOverlayFont(nullptr);
+  FontReference* shared = GetFontReference(m_sharedFonts, glFont->GetFont());
+  if (!shared) {
+    delete glFont;
+    return;
+  }
+  if (--shared->refCount == 0) {
+    const wxFont font = *shared->font;  // the entry goes with the removal
+    RemoveFontReference(m_sharedFonts, font);
+  }
+}
+
+void OpenGLRenderer::SetActiveOverlayFont(wxGLFont* glFont) {
+  if (glFont == m_activeOverlayFont) return;
+  if (m_activeOverlayFont) m_activeOverlayFont->End();
+  m_activeOverlayFont = glFont;
+  if (m_activeOverlayFont) m_activeOverlayFont->Begin();
+}
+
+void OpenGLRenderer::ResetOverlayFonts() {
+  for (FontReference* entry : m_overlayFonts) entry->refCount = 0;
+}
+
+// The unused entries are collected first, so removing them does not disturb the scan. Each
+// gives its borrowed glyph font back to the process-wide list before the entry goes.
+void OpenGLRenderer::CleanupOverlayFonts() {
+  std::vector<FontReference*> unused;
+  for (FontReference* entry : m_overlayFonts) {
+    if (entry->refCount == 0) unused.push_back(entry);
+  }
+  for (FontReference* entry : unused) {
+    ReleaseGLFont(entry->glFont);
+    entry->glFont = nullptr;
+    const wxFont font = *entry->font;
+    RemoveFontReference(m_overlayFonts, font);
+  }
+}

@@ -9,10 +9,15 @@
 // overlays (filled rectangles, outlines and lines, alpha-blended) in pixel coordinates with
 // the origin at the top left.
 //
+// Labels are drawn from glyph-atlas fonts (wxGLFont) kept in a two-level cache: one glyph
+// font per distinct font for the whole process, shared by every renderer (their contexts share
+// textures), and per renderer the fonts used in its latest overlay pass; a font a renderer
+// skips for a whole pass loses that renderer's reference, and a glyph font goes when its last
+// holder lets go. Text is one line per call (RendererBase splits multi-line labels).
+//
 // What it deliberately does not do yet: frames are neither uploaded nor drawn (no texture set
-// is ever made, so DrawFrame leaves the cleared background), labels are not drawn (DoDrawLabel
-// draws nothing until the glyph font exists), and images are not made or drawn (DoCreateImage
-// returns null; DrawImage and DrawBitmap draw nothing).
+// is ever made, so DrawFrame leaves the cleared background), and images are not made or drawn
+// (DoCreateImage returns null; DrawImage and DrawBitmap draw nothing).
 //
 // GL state policy. Each renderer keeps two pieces of GL state across calls and trusts its
 // records of them: the viewport and the projection, changed only through UpdateViewport and
@@ -35,6 +40,18 @@
 class GLEntryPoints;
 class InternalGLCanvas;
 class wxGLContext;
+class wxGLFont;
+
+// One entry of a font cache. In the process-wide list it owns its glyph font and counts its
+// holders; in a renderer's list the glyph font is borrowed from the process-wide entry and the
+// count is the number of uses since the start of the current overlay pass. Two fonts are the
+// same font exactly when their native descriptions are equal.
+struct FontReference {
+  wxFont* font;  // owned copy
+  wxGLFont* glFont;
+  int refCount;
+  wxString description;
+};
 
 // Whether `name` is a whole token of the current context's extension string. The string is
 // read once per process, at the first call; when no context is current then, every call
@@ -73,6 +90,7 @@ class OpenGLRenderer : public wxEvtHandler, public RendererBase {
   bool GetIsSupported() override;
   void DrawFrame(wxDC* dc) override;
   void DrawOverlays(wxDC* dc) override;
+  wxSize MeasureText(const wxString& text, wxFont font) override;
   void DoDrawLabel(wxDC* dc, const wxString& text, wxFont font, wxColour textColour, wxRect rect,
                    int alignment, bool scale, wxColour background) override;
   void DoDrawRect(wxDC* dc, wxRect rect, wxColour colour) override;
@@ -98,6 +116,23 @@ class OpenGLRenderer : public wxEvtHandler, public RendererBase {
   static bool m_isRecommended;
   static wxSize m_maxTextureSize;
   static wxRect m_sharedViewport;
+  static std::vector<FontReference*> m_sharedFonts;
+
+  // Overlay fonts. The glyph font for `font` in this renderer's list, counting one more use;
+  // made (and taken from the process-wide list) on first use.
+  wxGLFont* GetOverlayFont(wxFont font);
+  // The process-wide glyph font for `font`, counting one more holder; made on first use.
+  wxGLFont* CreateGLFont(wxFont font);
+  // Lets go of one hold on a glyph font; the last holder's release deletes it.
+  void ReleaseGLFont(wxGLFont* glFont);
+  // Makes `glFont` the font inside its Begin/End bracket, ending the previous one's.
+  void SetActiveOverlayFont(wxGLFont* glFont);
+  // Start of an overlay pass: no font of this renderer has been used yet.
+  void ResetOverlayFonts();
+  // End of an overlay pass: releases the fonts this renderer did not use in it.
+  void CleanupOverlayFonts();
+  static FontReference* GetFontReference(std::vector<FontReference*>& fonts, wxFont font);
+  static void RemoveFontReference(std::vector<FontReference*>& fonts, wxFont font);
 
  protected:
   // What the probe asks of the GL implementation: the real answers come from the current
@@ -136,6 +171,9 @@ class OpenGLRenderer : public wxEvtHandler, public RendererBase {
   std::vector<unsigned int> m_pixelBuffers;
   std::vector<unsigned int> m_programs;
   std::map<unsigned int, unsigned int> m_textureTargets;  // texture name to its target
+  // Fonts used in this renderer's overlay passes, and the one inside its bracket now.
+  std::vector<FontReference*> m_overlayFonts;
+  wxGLFont* m_activeOverlayFont;
 
  private:
   // Appends the capability lines for the flags and the given driver strings.

@@ -224,14 +224,6 @@ TEST_F(Overlays, OpacityFadesThePrimitives) {
   EXPECT_TRUE(PixelNear(drawn, 50, 21, blended, kBlendRounding));
 }
 
-TEST_F(Overlays, LabelsDrawNothingYet) {
-  const wxImage drawn = Draw([](IRenderer* renderer, wxDC* dc) {
-    renderer->DrawLabel(dc, "Camera 1\nEntrance", *wxNORMAL_FONT, *wxWHITE, wxRect(5, 5, 150, 60),
-                        0, false, *wxBLACK);
-  });
-  EXPECT_TRUE(ImagesNear(drawn, BackgroundImage(), kExactPixels, Name()));
-}
-
 TEST_F(Overlays, FrameWithoutTexturesLeavesTheClearedBackground) {
   GLTestRenderer* renderer = MakeRenderer();
   renderer->SetCurrent();

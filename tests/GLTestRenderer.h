@@ -29,11 +29,13 @@ class GLTestRenderer : public OpenGLRenderer {
   using OpenGLRenderer::DriverQueries;
   using OpenGLRenderer::FindMaxTextureSize;
   using OpenGLRenderer::IsRecommendedRenderer;
+  using OpenGLRenderer::m_activeOverlayFont;
   using OpenGLRenderer::m_canvas;
   using OpenGLRenderer::m_context;
   using OpenGLRenderer::m_isDoubleBuffered;
   using OpenGLRenderer::m_isGLInitialized;
   using OpenGLRenderer::m_ortho;
+  using OpenGLRenderer::m_overlayFonts;
   using OpenGLRenderer::m_pixelBuffers;
   using OpenGLRenderer::m_programs;
   using OpenGLRenderer::m_textures;
