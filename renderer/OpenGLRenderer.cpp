@@ -621,28 +621,27 @@ void OpenGLRenderer::RemoveFontReference(std::vector<FontReference*>& fonts, wxF
   delete entry;
 }
 
+// The glyph font of the entry for `font` in `fonts`, counting one more use; without an entry,
+// a new one with the glyph font `make` gives.
+wxGLFont* OpenGLRenderer::UseFont(std::vector<FontReference*>& fonts, const wxFont& font,
+                                  const std::function<wxGLFont*()>& make) {
+  if (FontReference* entry = GetFontReference(fonts, font)) {
+    ++entry->refCount;
+    return entry->glFont;
+  }
+  wxGLFont* glFont = make();
+  fonts.push_back(new FontReference{new wxFont(font), glFont, 1, font.GetNativeFontInfoDesc()});
+  return glFont;
+}
+
 wxGLFont* OpenGLRenderer::CreateGLFont(wxFont font) {
   font = UsableFont(font);
-  if (FontReference* shared = GetFontReference(m_sharedFonts, font)) {
-    ++shared->refCount;
-    return shared->glFont;
-  }
-  auto* glFont = new wxGLFont(font);
-  m_sharedFonts.push_back(
-      new FontReference{new wxFont(font), glFont, 1, font.GetNativeFontInfoDesc()});
-  return glFont;
+  return UseFont(m_sharedFonts, font, [&font] { return new wxGLFont(font); });
 }
 
 wxGLFont* OpenGLRenderer::GetOverlayFont(wxFont font) {
   font = UsableFont(font);
-  if (FontReference* own = GetFontReference(m_overlayFonts, font)) {
-    ++own->refCount;
-    return own->glFont;
-  }
-  wxGLFont* glFont = CreateGLFont(font);
-  m_overlayFonts.push_back(
-      new FontReference{new wxFont(font), glFont, 1, font.GetNativeFontInfoDesc()});
-  return glFont;
+  return UseFont(m_overlayFonts, font, [this, &font] { return CreateGLFont(font); });
 }
 
 void OpenGLRenderer::ReleaseGLFont(wxGLFont* glFont) {

@@ -133,6 +133,8 @@ class OpenGLRenderer : public wxEvtHandler, public RendererBase {
   void CleanupOverlayFonts();
   static FontReference* GetFontReference(std::vector<FontReference*>& fonts, wxFont font);
   static void RemoveFontReference(std::vector<FontReference*>& fonts, wxFont font);
+  static wxGLFont* UseFont(std::vector<FontReference*>& fonts, const wxFont& font,
+                           const std::function<wxGLFont*()>& make);
 
  protected:
   // What the probe asks of the GL implementation: the real answers come from the current
