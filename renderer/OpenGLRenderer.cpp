@@ -12,6 +12,7 @@
 
 #include "GLEntryPoints.h"
 #include "InternalGLCanvas.h"
+#include "NativeWindow.h"
 #include "RendererLog.h"
 #include "wxGLFont.h"
 
@@ -325,6 +326,7 @@ InternalGLCanvas* OpenGLRenderer::CreateCanvas() {
   auto* canvas = new InternalGLCanvas(m_parent, wxID_ANY, nullptr, wxDefaultPosition, wxDefaultSize,
                                       wxTRANSPARENT_WINDOW | wxFULL_REPAINT_ON_RESIZE, "OpenGL",
                                       wxNullPalette);
+  RealizeNativeWindow(canvas);  // tiles are often built before their window is first shown
   if (!m_sharedCanvas) m_sharedCanvas = canvas;
   if (!m_isSharedContext) {
     m_context = new wxGLContext(canvas, m_sharedContext);

@@ -5,7 +5,7 @@ set -euo pipefail
 
 packages=(
   build-essential cmake pkg-config git
-  libwxgtk3.2-dev
+  libwxgtk3.2-dev libgtk-3-dev
   libgl1-mesa-dev libglu1-mesa-dev libgl1-mesa-dri mesa-utils
   # libavcodec brings the x264 and x265 encoders that the decoder tests make streams with.
   libavcodec-dev libavformat-dev libavutil-dev libswscale-dev

@@ -354,3 +354,29 @@ TEST_F(Lifecycle, ManyRenderersComeAndGo) {
   EXPECT_TRUE(tile->GetChildren().empty());
   EXPECT_TRUE(secondTile->GetChildren().empty());
 }
+
+// Hosts build their tiles before the top-level window is first shown: the first renderer
+// still probes the driver (on the canvas's realised, unmapped window), and paints once shown.
+TEST(LifecycleBeforeShow, RendererOnAWindowNotShownYetProbesAndLaterPaints) {
+  RendererBase::ClearRendererDesc(RENDER_MODE_OPENGL);
+  auto* top = new wxFrame(nullptr, wxID_ANY, "not shown yet", wxPoint(0, 0), wxDefaultSize);
+  top->SetClientSize(160, 120);
+  auto* tileNotShown = new wxWindow(top, wxID_ANY, wxPoint(0, 0), wxSize(160, 120));
+  tileNotShown->SetBackgroundColour(kSecondTileColour);
+  {
+    GLTestRenderer renderer(tileNotShown);
+    EXPECT_TRUE(OpenGLRenderer::m_isShaderSupported);
+    EXPECT_GE(OpenGLRenderer::m_maxTextureSize.x, 256);
+    EXPECT_TRUE(RendererBase::GetRendererDesc(RENDER_MODE_OPENGL)
+                    .Contains("OpenGL Capabilities - Shaders Supported: Yes"));
+
+    ASSERT_TRUE(ShowAndWaitForPaint(top));
+    ASSERT_TRUE(PumpUntil([&] { return WindowHasSize(renderer.m_canvas, wxSize(160, 120)); }));
+    renderer.SwapBuffers();  // llvmpipe takes a window's new size at a swap
+    renderer.Render(nullptr);
+    EXPECT_TRUE(ImagesNear(renderer.drawn, SolidImage(wxSize(160, 120), kSecondTileColour),
+                           kExactPixels, "RendererOnAWindowNotShownYet"));
+  }
+  top->Destroy();
+  PumpEvents();
+}
