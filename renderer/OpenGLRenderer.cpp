@@ -939,15 +939,18 @@ bool OpenGLRenderer::LoadShader(const char* text, int length) {
 }
 
 // The way to try a program from disk; nothing in the library calls it. A missing file is
-// reported on standard output, not in the log, and longer files are cut at 8000 bytes.
+// reported on standard output, not in the log, and longer files are cut at 8000 bytes. The
+// text read is terminated by a zero although its length is passed on: Mesa reads program
+// texts up to their terminating zero, whatever length it is given.
 bool OpenGLRenderer::LoadShader(const char* path) {
   const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path, "r"), std::fclose);
   if (!file) {
     std::printf("Failed to shader open file %s.", path);
     return false;
   }
-  char text[kMaxProgramFileBytes];
-  const size_t length = std::fread(text, 1, sizeof text, file.get());
+  char text[kMaxProgramFileBytes + 1];
+  const size_t length = std::fread(text, 1, kMaxProgramFileBytes, file.get());
+  text[length] = '\0';
   return LoadShader(text, static_cast<int>(length));
 }
 

@@ -133,7 +133,8 @@ class OpenGLRenderer : public wxEvtHandler, public RendererBase {
                      unsigned int format, unsigned char* data, int size);
   // Pixel buffer `index`, 0 when out of range.
   unsigned int GetPixelBufferId(unsigned long index);
-  // Compiles an ARB fragment program and adds it to the renderer's programs.
+  // Compiles an ARB fragment program of `length` bytes and adds it to the renderer's
+  // programs. A zero must follow the text somewhere: Mesa reads up to it.
   bool LoadShader(const char* text, int length);
   // Compiles a program read from a file (at most its first 8000 bytes).
   bool LoadShader(const char* path);
