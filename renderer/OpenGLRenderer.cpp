@@ -4,15 +4,20 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstdio>
 #include <cstring>
 #include <string>
+#include <utility>
 
 #include <GL/glu.h>
+#include <wx/scrolwin.h>
 #include <wx/tooltip.h>
 
+#include "FragmentPrograms.h"
 #include "GLEntryPoints.h"
 #include "InternalGLCanvas.h"
 #include "NativeWindow.h"
+#include "OpenGLImage.h"
 #include "RendererLog.h"
 #include "wxGLFont.h"
 
@@ -283,6 +288,9 @@ OpenGLRenderer::OpenGLRenderer(wxWindow* parent)
       m_isDoubleBuffered(true),
       m_viewport(0, 0, 0, 0),
       m_ortho(0, 0, 0, 0),
+      m_textureSize(0, 0),
+      m_hardwareSurface(nullptr),
+      m_texturePixelFormat(PIXEL_FORMAT_NONE),
       m_activeOverlayFont(nullptr) {
   ++RendererCount;
   if (GetIsSupported()) {
@@ -305,6 +313,9 @@ OpenGLRenderer::~OpenGLRenderer() {
   DeleteTextures();
   ResetOverlayFonts();
   CleanupOverlayFonts();
+  // The images' textures go while this context is still current; after it is gone their
+  // deletion would reach no context and leave them in the share group.
+  DeleteImages();
   m_parentSize.reset();
   if (m_context == m_sharedContext) m_context = nullptr;
   --RendererCount;
@@ -477,6 +488,289 @@ bool OpenGLRenderer::ClearFrame() {
   return RendererBase::ClearFrame();
 }
 
+// ---- Frame upload: textures, pixel buffers and programs --------------------------------------
+
+namespace {
+
+// One plane's texture, relative to the texture size (tw, th) of plane 0.
+struct PlaneShape {
+  int widthDivisor;  // texture tw / widthDivisor x th / heightDivisor
+  int heightDivisor;
+  int internalFormat;
+  GLenum format;
+  int bytesPerTexel;
+  int bufferNumerator;  // pixel buffer of tw * th * numerator / denominator bytes
+  int bufferDenominator;
+  bool rectangular;
+};
+
+// Textures, program and client-memory size of a pixel format that has textures.
+struct TextureLayout {
+  int format;
+  int planes;
+  PlaneShape shapes[3];
+  const char* const* program;  // null: drawn without a program
+  int clientNumerator;         // client buffer of tw * th * numerator / denominator bytes
+  int clientDenominator;
+};
+
+constexpr PlaneShape kLuma = {1, 1, 1, GL_LUMINANCE, 1, 1, 1, false};
+constexpr PlaneShape kChroma420 = {2, 2, 1, GL_LUMINANCE, 1, 1, 4, false};
+constexpr PlaneShape kChroma422 = {2, 1, 1, GL_LUMINANCE, 1, 1, 2, false};
+constexpr PlaneShape kChromaPairs = {2, 2, 2, GL_LUMINANCE_ALPHA, 2, 1, 2, false};
+constexpr PlaneShape kPacked422 = {1, 1, 2, GL_LUMINANCE_ALPHA, 2, 2, 1, true};
+constexpr PlaneShape kRgb = {1, 1, 3, GL_RGB, 3, 3, 1, false};
+constexpr PlaneShape kBgr = {1, 1, 3, GL_BGR, 3, 3, 1, false};
+constexpr PlaneShape kRgba = {1, 1, GL_RGBA, GL_RGBA, 4, 4, 1, false};
+
+// A packed 4:2:2 texture holds one texel per pixel: luminance = Y, alpha = that pixel's chroma
+// byte; its program picks U and V from the pair. NV12 reserves a whole 2 x tw x th of client
+// memory although its planes need only 3/2 of that.
+const TextureLayout kTextureLayouts[] = {
+    {PIXEL_FORMAT_I420, 3, {kLuma, kChroma420, kChroma420}, &PSO_YUV, 3, 2},
+    {PIXEL_FORMAT_YV12, 3, {kLuma, kChroma420, kChroma420}, &PSO_YUV, 3, 2},
+    {PIXEL_FORMAT_YUV422P, 3, {kLuma, kChroma422, kChroma422}, &PSO_YUV, 2, 1},
+    {PIXEL_FORMAT_NV12, 2, {kLuma, kChromaPairs}, &PSO_NV12, 2, 1},
+    {PIXEL_FORMAT_YUYV, 1, {kPacked422}, &PSO_YUYV, 2, 1},
+    {PIXEL_FORMAT_UYVY, 1, {kPacked422}, &PSO_UYVY, 2, 1},
+    {PIXEL_FORMAT_RGB24, 1, {kRgb}, nullptr, 3, 1},
+    {PIXEL_FORMAT_BGR24, 1, {kBgr}, nullptr, 3, 1},
+    {PIXEL_FORMAT_RGBA32, 1, {kRgba}, nullptr, 4, 1},
+};
+
+// Null for a format without textures (unused codes, codes above 23).
+const TextureLayout* LayoutOf(int format) {
+  for (const TextureLayout& layout : kTextureLayouts) {
+    if (layout.format == format) return &layout;
+  }
+  return nullptr;
+}
+
+int PlaneCount(const TextureLayout* layout) { return layout ? layout->planes : 0; }
+
+wxSize PlaneSize(const PlaneShape& shape, wxSize textureSize) {
+  return wxSize(textureSize.x / shape.widthDivisor, textureSize.y / shape.heightDivisor);
+}
+
+// Bytes of width x height texels times numerator / denominator, saturated at the largest int
+// (a texture that large is refused anyway).
+int TextureBytes(wxSize size, int numerator, int denominator) {
+  const long long bytes = static_cast<long long>(size.x) * size.y * numerator / denominator;
+  return static_cast<int>(std::min<long long>(bytes, INT_MAX));
+}
+
+int PowerOfTwoAtLeast(int size) {
+  int power = 2;
+  while (power < size && power <= INT_MAX / 2) power *= 2;
+  return power;
+}
+
+// The widest row alignment (4, 2 or 1) that divides the row's texel count.
+GLint UnpackAlignment(int width) {
+  GLint alignment = 4;
+  while (alignment > 1 && width % alignment != 0) alignment /= 2;
+  return alignment;
+}
+
+// Logs the pending GL error, if any, as "OpenGL Error - <description>: <GLU text> (<number>)";
+// returns whether there was one.
+bool LogPendingGLError(const char* function, const char* description) {
+  const GLenum error = glGetError();
+  if (error == GL_NO_ERROR) return false;
+  LogVerbose(kSource, function,
+             wxString::Format("OpenGL Error - %s: %s (%d)", description,
+                              reinterpret_cast<const char*>(gluErrorString(error)),
+                              static_cast<int>(error)));
+  return true;
+}
+
+// A pixel-unpack buffer bound for as long as this lives.
+class BoundUnpackBuffer {
+ public:
+  explicit BoundUnpackBuffer(GLuint buffer) : m_gl(GLEntryPoints::Get()) {
+    m_gl.BindBuffer(GL_PIXEL_UNPACK_BUFFER, buffer);
+  }
+  ~BoundUnpackBuffer() { m_gl.BindBuffer(GL_PIXEL_UNPACK_BUFFER, 0); }
+  BoundUnpackBuffer(const BoundUnpackBuffer&) = delete;
+  BoundUnpackBuffer& operator=(const BoundUnpackBuffer&) = delete;
+
+  unsigned char* MapWriteOnly() const {
+    return static_cast<unsigned char*>(m_gl.MapBuffer(GL_PIXEL_UNPACK_BUFFER, GL_WRITE_ONLY));
+  }
+  void Unmap() const { m_gl.UnmapBuffer(GL_PIXEL_UNPACK_BUFFER); }
+
+ private:
+  const GLEntryPoints& m_gl;
+};
+
+// A freshly made GL name, deleted at the end of the scope unless it was released to an owner.
+class PendingName {
+ public:
+  using Deleter = void (*)(GLsizei count, const GLuint* names);
+  PendingName(GLuint name, Deleter deleter) : m_name(name), m_deleter(deleter) {}
+  ~PendingName() {
+    if (m_name) m_deleter(1, &m_name);
+  }
+  PendingName(const PendingName&) = delete;
+  PendingName& operator=(const PendingName&) = delete;
+
+  GLuint Get() const { return m_name; }
+  GLuint Release() { return std::exchange(m_name, 0); }
+
+ private:
+  GLuint m_name;
+  Deleter m_deleter;
+};
+
+GLuint TakeLast(std::vector<unsigned int>& names) {
+  const GLuint name = names.back();
+  names.pop_back();
+  return name;
+}
+
+constexpr size_t kMaxProgramFileBytes = 8000;
+
+}  // namespace
+
+bool OpenGLRenderer::IsPixelFormatSupported(int format) {
+  switch (format) {
+    case PIXEL_FORMAT_I420:
+    case PIXEL_FORMAT_YUV422P:
+    case PIXEL_FORMAT_NV12:
+    case PIXEL_FORMAT_YV12: return m_isShaderSupported;
+    case PIXEL_FORMAT_YUYV:
+    case PIXEL_FORMAT_UYVY: return m_isTextRectSupported && m_isShaderSupported;
+    case PIXEL_FORMAT_RGB24:
+    case PIXEL_FORMAT_RGBA32: return true;
+    case PIXEL_FORMAT_BGR24: return m_isBgrSupported;
+    default: return false;
+  }
+}
+
+unsigned int OpenGLRenderer::GetColorFormat(int format) {
+  switch (format) {
+    case PIXEL_FORMAT_I420:
+    case PIXEL_FORMAT_YUV422P:
+    case PIXEL_FORMAT_NV12:
+    case PIXEL_FORMAT_YV12: return GL_LUMINANCE;
+    case PIXEL_FORMAT_YUYV:
+    case PIXEL_FORMAT_UYVY: return GL_LUMINANCE_ALPHA;
+    case PIXEL_FORMAT_RGB24: return GL_RGB;
+    case PIXEL_FORMAT_BGR24: return GL_BGR;
+    case PIXEL_FORMAT_RGBA32: return GL_RGBA;
+    default: return 0;
+  }
+}
+
+bool OpenGLRenderer::IsRectangularFormat(int format) {
+  return format == PIXEL_FORMAT_YUYV || format == PIXEL_FORMAT_UYVY;
+}
+
+bool OpenGLRenderer::IsHardwareDecompSupported() { return true; }
+
+// The width always grows, by 1 to 8, even when it is a multiple of 8 already (640 gives 648):
+// every texture and every lent pitch of this renderer has had that margin, and it stays. The
+// height is padded only up to a power of two, and only without non-power-of-two support.
+wxSize OpenGLRenderer::DetermineTextureSize(int width, int height) {
+  const int paddedWidth = width + 8 - width % 8;
+  if (m_isNonPow2Supported) return wxSize(paddedWidth, height);
+  return wxSize(PowerOfTwoAtLeast(paddedWidth), PowerOfTwoAtLeast(height));
+}
+
+// A tile scrolled partly out of view cannot be drawn by GL (the canvas would paint over its
+// scrolled container), so the facade falls back to software for it.
+bool OpenGLRenderer::IsModeSupported(int width, int height, int format) {
+  if (width > m_maxTextureSize.x || height > m_maxTextureSize.y) return false;
+  if (!IsInsideScrolledWindows()) return false;
+  return RendererBase::IsModeSupported(width, height, format);
+}
+
+// The parent's screen rectangle inflated by its client size less its full size (which pulls
+// it in by the borders), against every scrolled window from the parent itself to the top.
+bool OpenGLRenderer::IsInsideScrolledWindows() const {
+  const wxSize full = m_parent->GetSize();
+  const wxSize client = m_parent->GetClientSize();
+  wxRect area(m_parent->GetScreenPosition(), full);
+  area.Inflate(client.x - full.x, client.y - full.y);
+  for (const wxWindow* window = m_parent; window; window = window->GetParent()) {
+    if (!window->IsKindOf(wxCLASSINFO(wxScrolledWindow))) continue;
+    const wxRect scrolled(window->GetScreenPosition(), window->GetSize());
+    if (area.y < scrolled.y || area.x < scrolled.x || scrolled.GetBottom() < area.GetBottom() ||
+        scrolled.GetRight() < area.GetRight()) {
+      return false;
+    }
+  }
+  return true;
+}
+
+// The proxy refuses silently as a rule, so a refusal is logged only when GL reports an error.
+// A texture without a pixel buffer is still usable: a failed buffer does not fail the texture.
+bool OpenGLRenderer::CreateTexture(int width, int height, int internalFormat, unsigned int format,
+                                   int bufferSize, bool rectangular) {
+  if (!ProxyTextureFits(internalFormat, width, height, format)) {
+    LogPendingGLError("CreateTexture", "Failed to create texture. Texture size too big.");
+    return false;
+  }
+  const GLenum target = rectangular ? GL_TEXTURE_RECTANGLE_ARB : GL_TEXTURE_2D;
+  GLuint name = 0;
+  glGenTextures(1, &name);
+  PendingName texture(name, glDeleteTextures);
+  glBindTexture(target, texture.Get());
+  glTexParameteri(target, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
+  glTexParameteri(target, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
+  glTexParameteri(target, GL_TEXTURE_WRAP_S, GL_CLAMP);
+  glTexParameteri(target, GL_TEXTURE_WRAP_T, GL_CLAMP);
+  glTexImage2D(target, 0, internalFormat, width, height, 0, format, GL_UNSIGNED_BYTE, nullptr);
+  if (LogPendingGLError("CreateTexture", "Failed to create texture")) return false;
+  m_textures.push_back(texture.Release());
+  m_textureTargets[m_textures.back()] = target;
+  if (m_isPixelBufferSupported) CreatePixelBuffer(bufferSize);
+  return true;
+}
+
+void OpenGLRenderer::CreatePixelBuffer(int bufferSize) {
+  const GLEntryPoints& gl = GLEntryPoints::Get();
+  GLuint buffer = 0;
+  gl.GenBuffers(1, &buffer);
+  if (!buffer) {
+    LogPendingGLError("CreateTexture", "Failed to create pixel buffer");
+    return;
+  }
+  const BoundUnpackBuffer bound(buffer);
+  gl.BufferData(GL_PIXEL_UNPACK_BUFFER, bufferSize, nullptr, GL_STREAM_DRAW);
+  m_pixelBuffers.push_back(buffer);
+}
+
+// The layout follows the renderer's current pixel format, which the frame path has just set
+// to `format`.
+bool OpenGLRenderer::CreateTextures(int width, int height, int /*format*/) {
+  const wxSize size = DetermineTextureSize(width, height);
+  if (!m_textures.empty()) {
+    if (size == m_textureSize && m_texturePixelFormat == m_pixelFormat) return true;
+    DeleteTextures();
+  }
+  m_textureSize = size;
+  m_texturePixelFormat = m_pixelFormat;
+  const TextureLayout* layout = LayoutOf(m_pixelFormat);
+  if (!layout) return true;
+  for (int plane = 0; plane < layout->planes; ++plane) {
+    const PlaneShape& shape = layout->shapes[plane];
+    const int bufferSize = TextureBytes(size, shape.bufferNumerator, shape.bufferDenominator);
+    const wxSize planeSize = PlaneSize(shape, size);
+    if (!CreateTexture(planeSize.x, planeSize.y, shape.internalFormat, shape.format, bufferSize,
+                       shape.rectangular)) {
+      DeleteTextures();
+      return false;
+    }
+  }
+  const char* program = layout->program ? *layout->program : nullptr;
+  if (program && !LoadShader(program, static_cast<int>(std::strlen(program)))) {
+    DeleteTextures();
+    return false;
+  }
+  return true;
+}
+
 void OpenGLRenderer::DeleteTextures() {
   for (const unsigned int texture : m_textures) m_textureTargets.erase(texture);
   DeleteNames(m_textures, glDeleteTextures);
@@ -485,17 +779,362 @@ void OpenGLRenderer::DeleteTextures() {
   DeleteNames(m_programs, functions.DeleteProgramsARB);
 }
 
-// ---- Frame and images (drawn once frames are uploaded as textures) ---------------------------
+unsigned int OpenGLRenderer::GetPixelBufferId(unsigned long index) {
+  return index < m_pixelBuffers.size() ? m_pixelBuffers[index] : 0;
+}
 
-// The frame is drawn from the renderer's texture set; without one the background cleared by
-// OnBeforeDraw stays, and no texture set is made yet.
-void OpenGLRenderer::DrawFrame(wxDC*) {}
+bool OpenGLRenderer::GetFrameBuffer(int width, int height, int format, unsigned char** planes,
+                                    int* pitches) {
+  if (!RendererBase::GetFrameBuffer(width, height, format, planes, pitches)) return false;
+  // Three bytes, not three entries, as this renderer has always cleared them; the base has
+  // zeroed every entry already and every entry that matters is written below.
+  std::memset(planes, 0, 3);
+  std::memset(pitches, 0, 3);
+  if (!CreateTextures(width, height, format)) return false;
+  SetPitches(pitches);
+  if (!m_pixelBuffers.empty()) return MapPixelBuffers(planes, pitches);
+  LendClientMemory(height, planes, pitches);
+  return true;
+}
 
-IRendererImage* OpenGLRenderer::DoCreateImage(const wxImage&) { return nullptr; }
+// A plane's pitch is its texture's row: the decoder writes the texture layout directly.
+void OpenGLRenderer::SetPitches(int* pitches) {
+  const TextureLayout* layout = LayoutOf(m_pixelFormat);
+  for (int plane = 0; plane < PlaneCount(layout); ++plane) {
+    const PlaneShape& shape = layout->shapes[plane];
+    pitches[plane] = m_textureSize.x / shape.widthDivisor * shape.bytesPerTexel;
+  }
+}
 
-void OpenGLRenderer::DrawImage(wxDC*, IRendererImage*, int, int) {}
+// YV12 carries V before U; exchanging the mappings makes the decoder write U into the buffer
+// of texture 1, which the planar program reads as U. FlushFrameBuffer exchanges them back.
+bool OpenGLRenderer::MapPixelBuffers(unsigned char** planes, int* pitches) {
+  for (size_t plane = 0; plane < m_pixelBuffers.size(); ++plane) {
+    planes[plane] = BoundUnpackBuffer(m_pixelBuffers[plane]).MapWriteOnly();
+    if (!planes[plane]) {
+      CancelFrameBuffer(planes, pitches);
+      return false;
+    }
+  }
+  if (m_pixelFormat == PIXEL_FORMAT_YV12) std::swap(planes[1], planes[2]);
+  return true;
+}
 
-void OpenGLRenderer::DrawBitmap(wxDC*, wxBitmap, int, int) {}
+// The planes follow each other at the offsets the decoder's own layout of a `height`-row frame
+// has (not the texture height); YV12 keeps its plane order here and is exchanged at flush.
+void OpenGLRenderer::LendClientMemory(int height, unsigned char** planes, const int* pitches) {
+  const TextureLayout* layout = LayoutOf(m_pixelFormat);
+  const size_t texels = static_cast<size_t>(m_textureSize.x) * m_textureSize.y;
+  ResizeBuffer(layout ? texels * layout->clientNumerator / layout->clientDenominator : 0);
+  planes[0] = m_frameBuffer.data();
+  for (int plane = 1; plane < PlaneCount(layout); ++plane) {
+    const int rows = height / layout->shapes[plane - 1].heightDivisor;
+    planes[plane] = planes[plane - 1] + static_cast<ptrdiff_t>(rows) * pitches[plane - 1];
+  }
+}
+
+// The whole texture is uploaded each time; what lies beyond the video is never shown.
+bool OpenGLRenderer::FlushFrameBuffer(unsigned char** planes, int* pitches) {
+  if (m_pixelFormat == PIXEL_FORMAT_YV12) std::swap(planes[1], planes[2]);
+  if (m_pixelBuffers.empty()) {
+    UploadFromClientMemory(planes);
+  } else {
+    UploadFromPixelBuffers();
+  }
+  glFlush();
+  return RendererBase::FlushFrameBuffer(planes, pitches);
+}
+
+void OpenGLRenderer::UploadPlane(unsigned int texture, int width, int height, unsigned int format,
+                                 const unsigned char* data) {
+  glBindTexture(m_textureTargets[texture], texture);
+  glPixelStorei(GL_UNPACK_ALIGNMENT, UnpackAlignment(width));
+  glTexSubImage2D(m_textureTargets[texture], 0, 0, 0, width, height, format, GL_UNSIGNED_BYTE,
+                  data);
+}
+
+// The whole texture of the plane, in the plane's GL format.
+void OpenGLRenderer::UploadFramePlane(size_t plane, const unsigned char* data) {
+  const PlaneShape& shape = LayoutOf(m_pixelFormat)->shapes[plane];
+  const wxSize size = PlaneSize(shape, m_textureSize);
+  UploadPlane(m_textures[plane], size.x, size.y, shape.format, data);
+}
+
+void OpenGLRenderer::UploadFromClientMemory(unsigned char** planes) {
+  const size_t count = std::min<size_t>(m_textures.size(), PlaneCount(LayoutOf(m_pixelFormat)));
+  for (size_t plane = 0; plane < count; ++plane) UploadFramePlane(plane, planes[plane]);
+}
+
+// Each upload reads from offset 0 of the plane's own buffer, with no copy through client memory.
+void OpenGLRenderer::UploadFromPixelBuffers() {
+  const size_t count = std::min<size_t>(m_pixelBuffers.size(), PlaneCount(LayoutOf(m_pixelFormat)));
+  for (size_t plane = 0; plane < count; ++plane) {
+    const BoundUnpackBuffer bound(m_pixelBuffers[plane]);
+    bound.Unmap();
+    UploadFramePlane(plane, nullptr);
+    glBindTexture(m_textureTargets[m_textures[plane]], 0);
+  }
+}
+
+// Unmapping a buffer that was never mapped (after a mapping failed part-way) raises an error
+// that means nothing; it is discarded so that the next texture creation does not take it for
+// its own.
+void OpenGLRenderer::CancelFrameBuffer(unsigned char** planes, int* pitches) {
+  for (const unsigned int buffer : m_pixelBuffers) BoundUnpackBuffer(buffer).Unmap();
+  glGetError();
+  RendererBase::CancelFrameBuffer(planes, pitches);
+}
+
+// With a buffer, the data goes through a fresh mapping of it; when that mapping fails (the
+// buffer is already mapped, as DoCreateImage leaves it) the copy is skipped and the upload
+// carries what the earlier mapping received.
+void OpenGLRenderer::UpdateTexture(unsigned int texture, unsigned int buffer, int width, int height,
+                                   unsigned int format, unsigned char* data, int size) {
+  if (!buffer) {
+    UploadPlane(texture, width, height, format, data);
+    return;
+  }
+  const BoundUnpackBuffer bound(buffer);
+  unsigned char* mapping = bound.MapWriteOnly();
+  if (mapping) std::memcpy(mapping, data, static_cast<size_t>(size));
+  bound.Unmap();
+  glGetError();  // the failed second mapping, if that is what happened
+  UploadPlane(texture, width, height, format, nullptr);
+}
+
+// The frame never comes this way: without a hardware surface the call fails once the textures
+// exist, and the facade takes the copying road.
+bool OpenGLRenderer::BeginHardwareImage(int width, int height, int format,
+                                        HardwareImageInfo& info) {
+  unsigned char* planes[3] = {};
+  int pitches[3] = {};
+  if (!RendererBase::GetFrameBuffer(width, height, format, planes, pitches)) return false;
+  if (!CreateTextures(width, height, format)) return false;
+  if (!m_hardwareSurface || m_textures.empty()) return false;
+  info.texture = m_textures.front();
+  info.surface = m_textureTargets[m_textures.front()];
+  info.width = width;
+  info.height = height;
+  return true;
+}
+
+void OpenGLRenderer::EndHardwareImage(HardwareImageInfo&) {
+  unsigned char* planes[3] = {};
+  int pitches[3] = {};
+  RendererBase::FlushFrameBuffer(planes, pitches);
+}
+
+// Without fragment-program support there is nothing to compile with.
+bool OpenGLRenderer::LoadShader(const char* text, int length) {
+  if (!m_isShaderSupported) return false;
+  const GLEntryPoints& gl = GLEntryPoints::Get();
+  GLuint name = 0;
+  gl.GenProgramsARB(1, &name);
+  if (!name) {
+    LogPendingGLError("LoadShader", "Failed to create shader");
+    return false;
+  }
+  PendingName program(name, gl.DeleteProgramsARB);
+  gl.BindProgramARB(GL_FRAGMENT_PROGRAM_ARB, name);
+  gl.ProgramStringARB(GL_FRAGMENT_PROGRAM_ARB, GL_PROGRAM_FORMAT_ASCII_ARB, length, text);
+  if (LogPendingGLError("LoadShader", "Failed to create shader")) return false;
+  gl.BindProgramARB(GL_FRAGMENT_PROGRAM_ARB, 0);
+  m_programs.push_back(program.Release());
+  return true;
+}
+
+// The way to try a program from disk; nothing in the library calls it. A missing file is
+// reported on standard output, not in the log, and longer files are cut at 8000 bytes. The
+// text read is terminated by a zero although its length is passed on: Mesa reads program
+// texts up to their terminating zero, whatever length it is given.
+bool OpenGLRenderer::LoadShader(const char* path) {
+  const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path, "r"), std::fclose);
+  if (!file) {
+    std::printf("Failed to shader open file %s.", path);
+    return false;
+  }
+  char text[kMaxProgramFileBytes + 1];
+  const size_t length = std::fread(text, 1, kMaxProgramFileBytes, file.get());
+  text[length] = '\0';
+  return LoadShader(text, static_cast<int>(length));
+}
+
+// ---- Frame and image drawing -----------------------------------------------------------------
+
+namespace {
+
+// A quad over `destination` in the renderer's pixel coordinates, from its first to its last
+// pixel, each corner preceded by its texture coordinate (given to `coordinate`).
+template <typename Coordinate>
+void TexturedQuad(const wxRect& destination, float left, float top, float right, float bottom,
+                  Coordinate coordinate) {
+  const float x0 = static_cast<float>(destination.x);
+  const float y0 = static_cast<float>(destination.y);
+  const float x1 = static_cast<float>(destination.x + destination.width - 1);
+  const float y1 = static_cast<float>(destination.y + destination.height - 1);
+  glBegin(GL_QUADS);
+  coordinate(left, top);
+  glVertex2f(x0, y0);
+  coordinate(right, top);
+  glVertex2f(x1, y0);
+  coordinate(right, bottom);
+  glVertex2f(x1, y1);
+  coordinate(left, bottom);
+  glVertex2f(x0, y1);
+  glEnd();
+}
+
+GLuint FirstOf(const std::vector<unsigned int>& names) { return names.empty() ? 0 : names[0]; }
+
+}  // namespace
+
+// Without a texture set the background cleared by OnBeforeDraw stays.
+void OpenGLRenderer::DrawFrame(wxDC*) {
+  if (m_textures.empty()) return;
+  wxRect destination;
+  wxRect source;
+  GetSubImageRect(destination, source, false);
+  PositionTexture(source, destination, IsRectangularFormat(m_pixelFormat));
+}
+
+// The video runs to the last texel's index, not one past it, which is how frames have always
+// been placed; images (DrawImage) run one past.
+OpenGLRenderer::TextureRect OpenGLRenderer::SourceCoordinates(wxRect source, bool rectangular) {
+  TextureRect coordinates = {static_cast<float>(source.x), static_cast<float>(source.y),
+                             static_cast<float>(source.x + source.width - 1),
+                             static_cast<float>(source.y + source.height - 1)};
+  if (rectangular) return coordinates;
+  const float width = static_cast<float>(m_textureSize.x);
+  const float height = static_cast<float>(m_textureSize.y);
+  return {coordinates.left / width, coordinates.top / height, coordinates.right / width,
+          coordinates.bottom / height};
+}
+
+void OpenGLRenderer::PositionTexture(wxRect source, wxRect destination, bool rectangular) {
+  const TextureRect c = SourceCoordinates(source, rectangular);
+  if (m_textures.size() < 2) {
+    PositionTexture(FirstOf(m_textures), FirstOf(m_programs), c.left, c.top, c.right, c.bottom,
+                    destination);
+  } else {
+    PositionYV12Texture(c.left, c.top, c.right, c.bottom, destination);
+  }
+}
+
+void OpenGLRenderer::PositionTexture(float left, float top, float right, float bottom,
+                                     wxRect destination) {
+  PositionTexture(FirstOf(m_textures), FirstOf(m_programs), left, top, right, bottom, destination);
+}
+
+// The program argument only says whether to use one: the one bound is the renderer's first.
+void OpenGLRenderer::PositionTexture(unsigned int texture, unsigned int program, float left,
+                                     float top, float right, float bottom, wxRect destination) {
+  SetActiveOverlayFont(nullptr);
+  const GLEntryPoints& gl = GLEntryPoints::Get();
+  if (program) {
+    glEnable(GL_FRAGMENT_PROGRAM_ARB);
+    gl.BindProgramARB(GL_FRAGMENT_PROGRAM_ARB, FirstOf(m_programs));
+  }
+  glMatrixMode(GL_TEXTURE);
+  glLoadIdentity();
+  glColor4f(1.0f, 1.0f, 1.0f, static_cast<float>(GetOpacity() / 255.0));
+  const GLenum target = m_textureTargets[texture];
+  glEnable(target);
+  glBindTexture(target, texture);
+  TexturedQuad(destination, left, top, right, bottom, glTexCoord2f);
+  glLoadIdentity();
+  glMatrixMode(GL_MODELVIEW);
+  glDisable(target);
+  if (program) {
+    glDisable(GL_FRAGMENT_PROGRAM_ARB);
+    gl.BindProgramARB(GL_FRAGMENT_PROGRAM_ARB, 0);
+  }
+}
+
+// Multi-plane video is always drawn opaque (colour alpha 1, not the opacity), unlike the
+// single-texture path. The planes share normalised coordinates, each chroma texture being
+// sized in proportion to its plane. A set without a program is a logic error: the range-checked
+// access throws.
+void OpenGLRenderer::PositionYV12Texture(float left, float top, float right, float bottom,
+                                         wxRect destination) {
+  const GLEntryPoints& gl = GLEntryPoints::Get();
+  glEnable(GL_FRAGMENT_PROGRAM_ARB);
+  gl.BindProgramARB(GL_FRAGMENT_PROGRAM_ARB, m_programs.at(0));
+  const GLenum units = static_cast<GLenum>(m_textures.size());
+  for (GLenum unit = units; unit-- > 0;) {
+    gl.ActiveTexture(GL_TEXTURE0 + unit);
+    const GLenum target = m_textureTargets[m_textures[unit]];
+    glEnable(target);
+    glBindTexture(target, m_textures[unit]);
+    glMatrixMode(GL_TEXTURE);
+    glLoadIdentity();
+    glColor4f(1.0f, 1.0f, 1.0f, 1.0f);
+  }
+  TexturedQuad(destination, left, top, right, bottom, [&gl, units](float s, float t) {
+    for (GLenum unit = 0; unit < units; ++unit) gl.MultiTexCoord2f(GL_TEXTURE0 + unit, s, t);
+  });
+  for (GLenum unit = units; unit-- > 0;) {
+    gl.ActiveTexture(GL_TEXTURE0 + unit);
+    const GLenum target = m_textureTargets[m_textures[unit]];
+    glBindTexture(target, m_textures[unit]);
+    glMatrixMode(GL_TEXTURE);
+    glLoadIdentity();
+    glMatrixMode(GL_MODELVIEW);
+    glLoadIdentity();
+    glDisable(target);
+  }
+  glDisable(GL_FRAGMENT_PROGRAM_ARB);
+  gl.BindProgramARB(GL_FRAGMENT_PROGRAM_ARB, 0);
+}
+
+// The image owns its texture (and pixel buffer) from here on; the texture's target stays in
+// the map for DrawImage. With a pixel buffer the order of operations is deliberate: the buffer
+// stays mapped while the pixels are copied in, and UpdateTexture's own mapping of it then
+// fails, so its unmap ends this one and the upload carries the copied pixels.
+IRendererImage* OpenGLRenderer::DoCreateImage(const wxImage& image) {
+  SetActiveOverlayFont(nullptr);
+  if (!image.IsOk()) return new OpenGLImage(0, 0, wxDefaultSize, wxDefaultSize);
+  const wxSize textureSize = DetermineTextureSize(image.GetWidth(), image.GetHeight());
+  const int bytes = TextureBytes(textureSize, 4, 1);
+  const size_t buffersBefore = m_pixelBuffers.size();
+  if (!CreateTexture(textureSize.x, textureSize.y, GL_RGBA, GL_RGBA, bytes, false)) {
+    return new OpenGLImage(0, 0, wxDefaultSize, wxDefaultSize);
+  }
+  const GLuint texture = TakeLast(m_textures);
+  GLuint buffer = 0;
+  unsigned char* destination = nullptr;
+  if (m_pixelBuffers.size() > buffersBefore) {
+    buffer = TakeLast(m_pixelBuffers);
+    destination = BoundUnpackBuffer(buffer).MapWriteOnly();
+  } else {
+    ResizeBuffer(static_cast<unsigned long>(bytes));
+    destination = m_frameBuffer.data();
+  }
+  if (destination) {
+    CopyImage(image, destination, textureSize.x * 4, false);
+    UpdateTexture(texture, buffer, textureSize.x, textureSize.y, GL_RGBA, destination, bytes);
+  }
+  return new OpenGLImage(texture, buffer, image.GetSize(), textureSize);
+}
+
+// Images run to one past their last texel (w / tw), unlike the video's last-texel coordinates;
+// the quad still ends on the image's last pixel.
+void OpenGLRenderer::DrawImage(wxDC*, IRendererImage* image, int x, int y) {
+  const auto* glImage = dynamic_cast<const OpenGLImage*>(image);
+  if (!glImage || !glImage->IsOk()) return;
+  const wxSize size = glImage->GetSize();
+  const wxSize textureSize = glImage->GetTextureSize();
+  PositionTexture(glImage->GetTexture(), 0, 0.0f, 0.0f,
+                  static_cast<float>(size.x) / static_cast<float>(textureSize.x),
+                  static_cast<float>(size.y) / static_cast<float>(textureSize.y),
+                  wxRect(x, y, size.x, size.y));
+}
+
+// Every bitmap draw makes and deletes a texture of its own.
+void OpenGLRenderer::DrawBitmap(wxDC* dc, wxBitmap bitmap, int x, int y) {
+  IRendererImage* image = CreateImage(bitmap.ConvertToImage());
+  DrawImage(dc, image, x, y);
+  DeleteImage(image);
+}
 
 // ---- Overlays --------------------------------------------------------------------------------
 

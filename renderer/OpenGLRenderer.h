@@ -9,23 +9,33 @@
 // overlays (filled rectangles, outlines and lines, alpha-blended) in pixel coordinates with
 // the origin at the top left.
 //
+// Frames arrive through GetFrameBuffer / FlushFrameBuffer: one texture per plane, sized by
+// DetermineTextureSize and reused while size and format stay, written by the decoder straight
+// into mapped pixel-unpack buffers where the driver has them and into the client-memory frame
+// buffer otherwise. YUV frames are converted on the graphics card by the ARB fragment programs
+// of FragmentPrograms.h. DrawFrame paints the visible part of the texture set as one quad into
+// the destination rectangle; host images (OpenGLImage) are single RGBA textures drawn the same
+// way, faded by the opacity.
+//
 // Labels are drawn from glyph-atlas fonts (wxGLFont) kept in a two-level cache: one glyph
 // font per distinct font for the whole process, shared by every renderer (their contexts share
 // textures), and per renderer the fonts used in its latest overlay pass; a font a renderer
 // skips for a whole pass loses that renderer's reference, and a glyph font goes when its last
 // holder lets go. Text is one line per call (RendererBase splits multi-line labels).
 //
-// What it deliberately does not do yet: frames are neither uploaded nor drawn (no texture set
-// is ever made, so DrawFrame leaves the cleared background), and images are not made or drawn
-// (DoCreateImage returns null; DrawImage and DrawBitmap draw nothing).
+// What it deliberately does not do: convert or scale pixels on the processor (the decoder
+// writes the planes in the texture layout, the card does the rest), filter other than
+// GL_NEAREST, or take frames from a hardware decoder (no hardware surface is ever set, so
+// BeginHardwareImage fails and the facade copies).
 //
 // GL state policy. Each renderer keeps two pieces of GL state across calls and trusts its
 // records of them: the viewport and the projection, changed only through UpdateViewport and
 // UpdateOrtho, so nothing else may touch them; the matrix mode is left at GL_MODELVIEW with an
-// identity model-view matrix. A draw call may leave the current colour, the line width and
-// the clear colour changed; everything else it changes (blending, texturing, bound textures,
-// programs, buffers, the matrix mode) it restores before it returns. Depth test and lighting
-// are off from the first draw on.
+// identity model-view matrix and texture unit 0 active. A draw call may leave the current
+// colour, the line width, the clear colour, the unpack alignment and texture bindings (with
+// their targets disabled) changed; everything else it changes (blending, texturing enables,
+// programs, buffer bindings, the matrix mode) it restores before it returns. Depth test and
+// lighting are off from the first draw on.
 #pragma once
 
 #include <functional>
@@ -85,10 +95,7 @@ class OpenGLRenderer : public wxEvtHandler, public RendererBase {
 
   // IRenderer and RendererBase.
   bool ClearFrame() override;
-  void DrawImage(wxDC* dc, IRendererImage* image, int x, int y) override;
-  void DrawBitmap(wxDC* dc, wxBitmap bitmap, int x, int y) override;
   bool GetIsSupported() override;
-  void DrawFrame(wxDC* dc) override;
   void DrawOverlays(wxDC* dc) override;
   wxSize MeasureText(const wxString& text, wxFont font) override;
   void DoDrawLabel(wxDC* dc, const wxString& text, wxFont font, wxColour textColour, wxRect rect,
@@ -96,12 +103,75 @@ class OpenGLRenderer : public wxEvtHandler, public RendererBase {
   void DoDrawRect(wxDC* dc, wxRect rect, wxColour colour) override;
   void DoDrawRectOutline(wxDC* dc, wxRect rect, wxColour colour, int width) override;
   void DoDrawLine(wxDC* dc, wxPoint from, wxPoint to, wxColour colour, int width) override;
-  IRendererImage* DoCreateImage(const wxImage& image) override;
   void OnBeforeDraw(wxDC* dc) override;
   void OnAfterDraw(wxDC* dc) override;
 
   // The capability probe, run once per process by the first renderer. Always 0.
   static int StaticInit(OpenGLRenderer* renderer);
+
+  // ---- Frame upload: textures, pixel buffers and the YUV programs ----
+  // All of these need a context of the renderer's share group current.
+
+  bool IsPixelFormatSupported(int format) override;
+  // False for a video beyond the largest texture, and for a tile whose client area is not
+  // wholly inside every scrolled window around it.
+  bool IsModeSupported(int width, int height, int format) override;
+  bool IsHardwareDecompSupported() override;
+  // Creates the textures, then fails: no decoder hands this renderer a hardware surface.
+  bool BeginHardwareImage(int width, int height, int format, HardwareImageInfo& info) override;
+  void EndHardwareImage(HardwareImageInfo& info) override;
+  using RendererBase::FlushFrameBuffer;
+  using RendererBase::GetFrameBuffer;
+  // Lends mapped pixel buffers, or the client-memory frame buffer, laid out as the textures.
+  bool GetFrameBuffer(int width, int height, int format, unsigned char** planes,
+                      int* pitches) override;
+  // Uploads the lent planes into the textures.
+  bool FlushFrameBuffer(unsigned char** planes, int* pitches) override;
+  // Unmaps the pixel buffers and abandons the lent planes.
+  void CancelFrameBuffer(unsigned char** planes, int* pitches);
+
+  // GL format of plane 0 of a pixel format; 0 for a format without textures.
+  unsigned int GetColorFormat(int format);
+  // Packed 4:2:2 formats live in rectangle textures addressed in texels.
+  bool IsRectangularFormat(int format);
+  // Plane 0's texture size for a video: the width always grows by 1 to 8, and without
+  // non-power-of-two support both sides round up to powers of two.
+  wxSize DetermineTextureSize(int width, int height);
+  // One texture (and, with pixel-buffer support, one pixel buffer of `bufferSize` bytes)
+  // appended to the renderer's lists.
+  bool CreateTexture(int width, int height, int internalFormat, unsigned int format, int bufferSize,
+                     bool rectangular);
+  // The texture set and program of the current pixel format; kept while size and format stay.
+  bool CreateTextures(int width, int height, int format);
+  // Deletes the renderer's textures, pixel buffers and programs (the context must be current).
+  void DeleteTextures();
+  // Uploads `data` into a texture, through `buffer` when it is not 0.
+  void UpdateTexture(unsigned int texture, unsigned int buffer, int width, int height,
+                     unsigned int format, unsigned char* data, int size);
+  // Pixel buffer `index`, 0 when out of range.
+  unsigned int GetPixelBufferId(unsigned long index);
+  // Compiles an ARB fragment program of `length` bytes and adds it to the renderer's
+  // programs. A zero must follow the text somewhere: Mesa reads up to it.
+  bool LoadShader(const char* text, int length);
+  // Compiles a program read from a file (at most its first 8000 bytes).
+  bool LoadShader(const char* path);
+
+  // ---- Frame and image drawing ----
+
+  void DrawFrame(wxDC* dc) override;
+  IRendererImage* DoCreateImage(const wxImage& image) override;
+  void DrawImage(wxDC* dc, IRendererImage* image, int x, int y) override;
+  void DrawBitmap(wxDC* dc, wxBitmap bitmap, int x, int y) override;
+  // The video texture set's `source` rectangle (in texels) into `destination`.
+  void PositionTexture(wxRect source, wxRect destination, bool rectangular);
+  // The first texture, with the first program if there is one.
+  void PositionTexture(float left, float top, float right, float bottom, wxRect destination);
+  // One texture as one quad, faded by the opacity; a non-zero `program` asks for the
+  // renderer's first program.
+  void PositionTexture(unsigned int texture, unsigned int program, float left, float top,
+                       float right, float bottom, wxRect destination);
+  // Every texture of the set on units 0, 1, 2 through the first program, always opaque.
+  void PositionYV12Texture(float left, float top, float right, float bottom, wxRect destination);
 
   // Process-wide state: the probe's findings and the share partners of every context.
   static bool m_isSharedContext;
@@ -158,8 +228,17 @@ class OpenGLRenderer : public wxEvtHandler, public RendererBase {
   // Replaces this renderer's context and canvas with new ones, the context becoming the new
   // share partner of the process; the hook for a driver that needs a context per renderer.
   void SwitchToMultipleContexts();
-  // Deletes the renderer's textures, pixel buffers and programs (the context must be current).
-  void DeleteTextures();
+
+  // Texture coordinates of a quad's left, top, right and bottom edges.
+  struct TextureRect {
+    float left;
+    float top;
+    float right;
+    float bottom;
+  };
+  // Coordinates of a source rectangle of the video texture set: from its first to its last
+  // texel, normalised by the texture size unless the set is a rectangle texture.
+  TextureRect SourceCoordinates(wxRect source, bool rectangular);
 
   bool m_isGLInitialized;      // InitGL has run
   InternalGLCanvas* m_canvas;  // null when GL was unsupported at construction
@@ -169,11 +248,18 @@ class OpenGLRenderer : public wxEvtHandler, public RendererBase {
   wxRect m_ortho;              // last rectangle given to the projection
   // The frame's GL objects (one texture and pixel buffer per plane, the YUV programs), made by
   // the frame upload and deleted together by DeleteTextures.
+  wxSize m_textureSize;     // plane 0's texture, from DetermineTextureSize
+  void* m_hardwareSurface;  // a decoder's hardware surface; no decoder sets one, so null
   std::vector<unsigned int> m_textures;
   std::vector<unsigned int> m_pixelBuffers;
   std::vector<unsigned int> m_programs;
-  std::map<unsigned int, unsigned int> m_textureTargets;  // texture name to its target
-  // Fonts used in this renderer's overlay passes, and the one inside its bracket now.
+  // Texture name to its target; images' textures keep their entries after leaving m_textures.
+  std::map<unsigned int, unsigned int> m_textureTargets;
+  // The pixel format the texture set was made for. It is kept here rather than in the base's
+  // rendered pixel format, which Render overwrites with every paint.
+  int m_texturePixelFormat;
+
+  // Fonts used in this renderer's overlay passes, and the one inside its Begin/End bracket.
   std::vector<FontReference*> m_overlayFonts;
   wxGLFont* m_activeOverlayFont;
 
@@ -182,6 +268,23 @@ class OpenGLRenderer : public wxEvtHandler, public RendererBase {
   static void AppendCapabilities(const wxString& vendor, const wxString& renderer,
                                  const wxString& version);
   static void SetColour(const wxColour& colour);
+  // Sets the pitches of the current format's planes for the texture size.
+  void SetPitches(int* pitches);
+  // Maps every pixel buffer into `planes`; on a failed mapping unmaps them all and fails.
+  bool MapPixelBuffers(unsigned char** planes, int* pitches);
+  // Lends the client-memory frame buffer, planes laid out for a frame `height` rows high.
+  void LendClientMemory(int height, unsigned char** planes, const int* pitches);
+  void UploadFromClientMemory(unsigned char** planes);
+  void UploadFromPixelBuffers();
+  // One plane of the current format from `data` into its texture.
+  void UploadFramePlane(size_t plane, const unsigned char* data);
+  // Binds a texture on its target and uploads width x height texels from `data` (an offset
+  // into the bound pixel-unpack buffer, if any).
+  void UploadPlane(unsigned int texture, int width, int height, unsigned int format,
+                   const unsigned char* data);
+  void CreatePixelBuffer(int bufferSize);
+  // Whether the parent's client area lies wholly inside every scrolled window around it.
+  bool IsInsideScrolledWindows() const;
   void MirrorParentToolTip();
   void ClearToParentBackground();
   // Hides and detaches the shared canvas (kept for reuse), destroys any other.

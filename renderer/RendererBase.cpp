@@ -35,9 +35,13 @@ RendererBase::RendererBase(wxWindow* parent)
 }
 
 RendererBase::~RendererBase() {
+  DeleteImages();
+  m_ptzType.Reset(nullptr);
+}
+
+void RendererBase::DeleteImages() {
   for (IRendererImage* image : m_images) delete image;
   m_images.clear();
-  m_ptzType.Reset(nullptr);
 }
 
 // ---- Simple queries and defaults -------------------------------------------------------------

@@ -113,6 +113,10 @@ class RendererBase : public IRenderer {
   void ResizeBuffer(unsigned long size);
   void ReduceBuffer(unsigned long size);
 
+  // Deletes every image made through CreateImage. The destructor does it last of all; a
+  // back-end whose images need its context alive calls it earlier.
+  void DeleteImages();
+
   // Abandons a lent frame buffer without committing it: the planes and pitches are zeroed and
   // the current frame (if any) stays.
   void CancelFrameBuffer(unsigned char** planes, int* pitches);

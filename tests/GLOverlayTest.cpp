@@ -235,19 +235,6 @@ TEST_F(Overlays, FrameWithoutTexturesLeavesTheClearedBackground) {
       ImagesNear(ReadBackBuffer(tile->GetClientSize()), BackgroundImage(), kExactPixels, Name()));
 }
 
-TEST_F(Overlays, ImagesAreNotMadeOrDrawnYet) {
-  GLTestRenderer* renderer = MakeRenderer();
-  IRendererImage* image = renderer->CreateImage(SolidImage(wxSize(8, 8), *wxRED));
-  EXPECT_EQ(nullptr, image);
-  OverlayFunction overlays([image](IRenderer* target, wxDC* dc) {
-    target->DrawImage(dc, image, 10, 10);
-    target->DrawBitmap(dc, wxBitmap(SolidImage(wxSize(8, 8), *wxRED)), 20, 20);
-  });
-  renderer->SetDrawOverlaysHandler(&overlays);
-  EXPECT_TRUE(ImagesNear(Paint(renderer), BackgroundImage(), kExactPixels, Name()));
-  renderer->DeleteImage(image);
-}
-
 TEST_F(Overlays, ClearFrameDeletesTexturesBuffersAndPrograms) {
   GLTestRenderer* renderer = MakeRenderer();
   renderer->SetCurrent();
