@@ -828,8 +828,10 @@ void OpenGLRenderer::LendClientMemory(int height, unsigned char** planes, const 
   ResizeBuffer(layout ? texels * layout->clientNumerator / layout->clientDenominator : 0);
   planes[0] = m_frameBuffer.data();
   for (int plane = 1; plane < PlaneCount(layout); ++plane) {
-    const int rows = height / layout->shapes[plane - 1].heightDivisor;
-    planes[plane] = planes[plane - 1] + static_cast<ptrdiff_t>(rows) * pitches[plane - 1];
+    // height x pitch, divided after the product: an odd height leaves half a row of room.
+    const ptrdiff_t bytes = static_cast<ptrdiff_t>(height) * pitches[plane - 1] /
+                            layout->shapes[plane - 1].heightDivisor;
+    planes[plane] = planes[plane - 1] + bytes;
   }
 }
 

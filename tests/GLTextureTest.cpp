@@ -363,6 +363,22 @@ TEST_F(Textures, PowerOfTwoTexturesOfA320x240Frame) {
   EXPECT_TRUE(renderer->FlushFrameBuffer(planes, pitches));
 }
 
+// The third plane of a 4:2:0 frame starts (height x pitch) / 2 after the second, the division
+// taken after the product: with an odd height that is half a row more than the rows it holds.
+TEST_F(Textures, ClientPlanesOfAnOddHeightFrame) {
+  GLTestRenderer* renderer = MakeCurrentRenderer(false);
+  unsigned char* planes[3] = {};
+  int pitches[3] = {};
+  ASSERT_TRUE(renderer->GetFrameBuffer(64, 45, PIXEL_FORMAT_I420, planes, pitches));
+  EXPECT_EQ((std::vector<int>{72, 36, 36}), std::vector<int>(pitches, pitches + 3));
+  EXPECT_EQ(planes[0] + 45 * 72, planes[1]);
+  EXPECT_EQ(planes[1] + (45 * 36) / 2, planes[2]);
+  // The last chroma row the upload reads (texture height 45 / 2 = 22 rows) is inside the buffer.
+  EXPECT_LE(planes[2] + 22 * 36, renderer->m_frameBuffer.data() + renderer->m_frameBuffer.size());
+  EXPECT_TRUE(renderer->FlushFrameBuffer(planes, pitches));
+  EXPECT_TRUE(NoGLError());
+}
+
 // NV12 has no third plane: its pitch and pointer stay as the base cleared them.
 TEST_F(Textures, UnusedEntriesStayZero) {
   GLTestRenderer* renderer = MakeCurrentRenderer(true);
