@@ -305,3 +305,79 @@ TEST_F(GlyphFont, WriteCharDrawsOneCharacter) {
   EXPECT_GE(lit.x, 40);
   EXPECT_GE(lit.y, 40);
 }
+
+namespace {
+
+// Fills a whole page with 255, so the texels a glyph upload touches show up as changed.
+void FillPage(const TextureInfo_t* page) {
+  const std::vector<unsigned char> full(static_cast<size_t>(page->width) * page->height, 255);
+  glBindTexture(GL_TEXTURE_2D, page->id);
+  glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
+  glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, page->width, page->height, GL_ALPHA, GL_UNSIGNED_BYTE,
+                  full.data());
+  glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
+}
+
+std::vector<unsigned char> ReadPage(const TextureInfo_t* page) {
+  std::vector<unsigned char> alpha(static_cast<size_t>(page->width) * page->height);
+  glBindTexture(GL_TEXTURE_2D, page->id);
+  glPixelStorei(GL_PACK_ALIGNMENT, 1);
+  glGetTexImage(GL_TEXTURE_2D, 0, GL_ALPHA, GL_UNSIGNED_BYTE, alpha.data());
+  glBindTexture(GL_TEXTURE_2D, 0);
+  return alpha;
+}
+
+// A font and a narrow character whose glyph is `width` pixels wide, searched over sizes.
+bool FindGlyphOfWidth(unsigned int width, wxFont& font, wchar_t& character) {
+  for (int points = 1; points <= 16; ++points) {
+    const wxFont candidate(wxFontInfo(points).Family(wxFONTFAMILY_SWISS));
+    InspectableFont probe(candidate);
+    for (wchar_t c : std::wstring(L".,:;'|!il1")) {
+      const CharacterInfo_t* glyph = probe.GetOrCreateCharacter(c);
+      if (glyph && glyph->width == width) {
+        font = candidate;
+        character = c;
+        return true;
+      }
+    }
+  }
+  return false;
+}
+
+}  // namespace
+
+// The block uploaded for a glyph is the smallest power of two at least its size, never below
+// 2: the texels just right of and below the block keep what the page held.
+TEST_F(GlyphFont, GlyphIsUploadedAsAPowerOfTwoBlock) {
+  for (const unsigned int width : {3u, 1u}) {
+    wxFont narrow;
+    wchar_t c = 0;
+    ASSERT_TRUE(FindGlyphOfWidth(width, narrow, c)) << "no glyph " << width << " pixels wide";
+    InspectableFont glFont(narrow, wxSize(64, 64));
+    TextureInfo_t* page = glFont.CreateTexture();
+    ASSERT_NE(nullptr, page);
+    FillPage(page);
+    const CharacterInfo_t* glyph = glFont.CreateCharacter(c, page);
+    ASSERT_NE(nullptr, glyph);
+    ASSERT_EQ(width, glyph->width);
+    const unsigned int blockWidth = width == 3 ? 4 : 2;
+    const unsigned int blockHeight = InspectableFont::BlockSize(glyph->height);
+    const std::vector<unsigned char> alpha = ReadPage(page);
+    const auto at = [&](unsigned int x, unsigned int y) { return alpha[y * 64 + x]; };
+    // The block's last column is padding: black on the scratch bitmap, so 0 in the page.
+    EXPECT_EQ(0, at(blockWidth - 1, 0)) << "width " << width;
+    EXPECT_EQ(255, at(blockWidth, 0)) << "width " << width;
+    EXPECT_EQ(255, at(0, blockHeight)) << "width " << width;
+    EXPECT_EQ(width, page->penX);
+  }
+}
+
+// A character that draws nothing neither draws nor moves the pen: "I\nI" looks like "II".
+TEST_F(GlyphFont, EmptyGlyphIsSkippedWithoutAdvancing) {
+  InspectableFont glFont(font);
+  const wxImage together = DrawText(glFont, "II", 10, 10);
+  glClear(GL_COLOR_BUFFER_BIT);
+  const wxImage broken = DrawText(glFont, "I\nI", 10, 10);
+  EXPECT_FALSE(LitArea(together).IsEmpty());
+  EXPECT_TRUE(ImagesNear(broken, together, kExactPixels, "EmptyGlyphIsSkippedWithoutAdvancing"));
+}
