@@ -46,6 +46,14 @@ class Overlays : public GLTest {
   static std::string Name() {
     return ::testing::UnitTest::GetInstance()->current_test_info()->name();
   }
+
+  // Pure red blended at alpha 128 over the tile's colour.
+  static wxColour RedAtAlpha128OverTheTile() {
+    const double alpha = 128 / 255.0;
+    return wxColour(static_cast<unsigned char>(255 * alpha + kTileColour.Red() * (1 - alpha)),
+                    static_cast<unsigned char>(kTileColour.Green() * (1 - alpha)),
+                    static_cast<unsigned char>(kTileColour.Blue() * (1 - alpha)));
+  }
 };
 
 // The pixels of the one-pixel ring on the border of `square`.
@@ -197,10 +205,7 @@ TEST_F(Overlays, PrimitivesAreAlphaBlendedDuringThePassOnly) {
   });
   EXPECT_TRUE(blendingInPass);
   EXPECT_FALSE(glIsEnabled(GL_BLEND));
-  const double alpha = 128 / 255.0;
-  const wxColour blended(static_cast<unsigned char>(255 * alpha + kTileColour.Red() * (1 - alpha)),
-                         static_cast<unsigned char>(kTileColour.Green() * (1 - alpha)),
-                         static_cast<unsigned char>(kTileColour.Blue() * (1 - alpha)));
+  const wxColour blended = RedAtAlpha128OverTheTile();
   EXPECT_TRUE(PixelNear(drawn, 15, 15, blended, kBlendRounding));
   EXPECT_TRUE(PixelNear(drawn, 5, 5, kTileColour, kExactPixels));
 }
@@ -216,10 +221,7 @@ TEST_F(Overlays, OpacityFadesThePrimitives) {
   EXPECT_TRUE(ImagesNear(Paint(renderer), BackgroundImage(), kExactPixels, "opacity-0"));
   renderer->SetOpacity(128);
   const wxImage drawn = Paint(renderer);
-  const double alpha = 128 / 255.0;
-  const wxColour blended(static_cast<unsigned char>(255 * alpha + kTileColour.Red() * (1 - alpha)),
-                         static_cast<unsigned char>(kTileColour.Green() * (1 - alpha)),
-                         static_cast<unsigned char>(kTileColour.Blue() * (1 - alpha)));
+  const wxColour blended = RedAtAlpha128OverTheTile();
   EXPECT_TRUE(PixelNear(drawn, 15, 15, blended, kBlendRounding));
   EXPECT_TRUE(PixelNear(drawn, 50, 21, blended, kBlendRounding));
 }
