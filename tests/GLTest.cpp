@@ -50,21 +50,30 @@ bool WindowHasSize(InternalGLCanvas* canvas, const wxSize& size) {
   return static_cast<int>(width) == size.x && static_cast<int>(height) == size.y;
 }
 
-wxImage ReadWindow(InternalGLCanvas* canvas) {
-  const wxSize size = canvas->GetClientSize();
-  wxImage image(size);
-  XImage* window =
-      XGetImage(wxGetX11Display(), canvas->GetXWindow(), 0, 0, size.x, size.y, AllPlanes, ZPixmap);
-  if (!window) return image;
-  for (int y = 0; y < size.y; ++y) {
-    for (int x = 0; x < size.x; ++x) {
-      const unsigned long pixel = XGetPixel(window, x, y);
-      image.SetRGB(x, y, Channel(pixel, window->red_mask), Channel(pixel, window->green_mask),
-                   Channel(pixel, window->blue_mask));
+wxImage ReadDrawable(unsigned long drawable, const wxRect& rect) {
+  wxImage image(rect.GetSize());
+  XImage* shown = XGetImage(wxGetX11Display(), drawable, rect.x, rect.y, rect.width, rect.height,
+                            AllPlanes, ZPixmap);
+  if (!shown) return image;
+  for (int y = 0; y < rect.height; ++y) {
+    for (int x = 0; x < rect.width; ++x) {
+      const unsigned long pixel = XGetPixel(shown, x, y);
+      image.SetRGB(x, y, Channel(pixel, shown->red_mask), Channel(pixel, shown->green_mask),
+                   Channel(pixel, shown->blue_mask));
     }
   }
-  XDestroyImage(window);
+  XDestroyImage(shown);
   return image;
+}
+
+wxImage ReadWindow(InternalGLCanvas* canvas) {
+  return ReadDrawable(canvas->GetXWindow(), wxRect(canvas->GetClientSize()));
+}
+
+wxImage ReadScreen(const wxRect& rect) {
+  Display* display = wxGetX11Display();
+  XSync(display, False);
+  return ReadDrawable(DefaultRootWindow(display), rect);
 }
 
 void GLTest::SetUp() {

@@ -52,6 +52,13 @@ class GLTest : public WxTest {
 // Whether the canvas's X window exists and has `size`.
 bool WindowHasSize(InternalGLCanvas* canvas, const wxSize& size);
 
+// What the X server holds in `rect` of an X drawable (a window or pixmap id).
+wxImage ReadDrawable(unsigned long drawable, const wxRect& rect);
+
+// What the X server shows in `rect` (screen coordinates), read from the root window: every
+// window in it as it appears, GL canvases included.
+wxImage ReadScreen(const wxRect& rect);
+
 // What the X server shows in the canvas's window, the whole client area, read through the
 // toolkit's display connection (the one GL swaps through, so every swap made is seen). Only
 // meaningful while no other window covers the canvas.
