@@ -18,6 +18,9 @@ void TestRenderer::InstallBackend(RendererBase* backend, int mode) {
 
 void FacadeTest::SetUp() {
   GLTest::SetUp();
+  // The flags are saved as the probe leaves them, so a test that changes them cannot leave
+  // the next test of the process a machine it does not have.
+  RunProbe(tile);
   m_savedSupported = OpenGLRenderer::m_isSupported;
   m_savedRecommended = OpenGLRenderer::m_isRecommended;
   m_savedMaxTextureSize = OpenGLRenderer::m_maxTextureSize;
@@ -35,8 +38,22 @@ void FacadeTest::TearDown() {
 
 TestRenderer* FacadeTest::MakeFacade(RenderMode mode, wxWindow* parent) {
   facades.push_back(std::make_unique<TestRenderer>(parent ? parent : tile, mode));
+  TestRenderer* facade = facades.back().get();
+  if (auto* gl = dynamic_cast<OpenGLRenderer*>(facade->m_renderer)) SettleGL(gl);
   PumpEvents();
-  return facades.back().get();
+  return facade;
+}
+
+// As GLTest::Settle: the canvas's window takes its size, and one swap tells Mesa's software
+// rasteriser about it, so the first frame is drawn at the canvas's final size.
+void FacadeTest::SettleGL(OpenGLRenderer* gl) {
+  const std::vector<InternalGLCanvas*> canvases = CanvasesOn(gl->GetParent());
+  if (canvases.empty()) return;
+  InternalGLCanvas* canvas = canvases.back();
+  EXPECT_TRUE(PumpUntil([canvas] { return WindowHasSize(canvas, canvas->GetClientSize()); }))
+      << "the canvas's window never took its size";
+  gl->SetCurrent();
+  gl->SwapBuffers();
 }
 
 void FacadeTest::DestroyFacade(TestRenderer* facade) {
@@ -68,6 +85,13 @@ void ScreenFacadeTest::SetUp() {
   frame->Move(kScreenPlace);
   frame->Raise();
   ASSERT_TRUE(PumpUntil([this] { return frame->GetScreenPosition() == kScreenPlace; }));
+  // The window manager-less server moves and exposes the frame a little later than the
+  // toolkit reports the move: wait until the tile is on screen in its colour.
+  tile->Refresh();
+  ASSERT_TRUE(PumpUntil([this] {
+    const wxImage shown = ReadShown(tile);
+    return PixelNear(shown, shown.GetWidth() / 2, shown.GetHeight() / 2, kTileColour, 0);
+  })) << "the tile never appeared on screen";
 }
 
 wxImage ScreenFacadeTest::ReadShown(wxWindow* window) {

@@ -41,11 +41,14 @@ class FacadeTest : public GLTest {
 
   // A facade on `parent` (the tile by default) owned by the fixture.
   TestRenderer* MakeFacade(RenderMode mode, wxWindow* parent = nullptr);
+  // Waits until a GL back-end's canvas can be drawn at its final size.
+  static void SettleGL(OpenGLRenderer* gl);
   // Destroys a facade made by MakeFacade.
   void DestroyFacade(TestRenderer* facade);
 
   // Runs the process's GL probe once (by building and dropping a GL back-end), so the
-  // class-wide capability flags hold what this machine offers; a test may change them after.
+  // class-wide capability flags hold what this machine offers. SetUp does it; a test that has
+  // changed the flags calls it to be sure the probe will not overwrite them later.
   static void RunProbe(wxWindow* parent);
   // The GL canvases among the children of `parent`, in the order of its child list.
   static std::vector<InternalGLCanvas*> CanvasesOn(wxWindow* parent);
