@@ -7,22 +7,19 @@
 // Times are wall-clock per frame (the rasteriser works on threads of its own, and the swap
 // goes through the X server); "MB/s" counts the frame's picture bytes (10^6 bytes per MB).
 // Needs a display with GLX (scripts/bench.sh starts Xvfb when there is none).
-#include <cstdlib>
+#include <cstdio>
 #include <cstring>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include <benchmark/benchmark.h>
-#include <wx/app.h>
-#include <wx/evtloop.h>
-#include <wx/frame.h>
-#include <wx/init.h>
-#include <wx/utils.h>
 
 #include <decompressor/CPixelLayout.h>
 #include <decompressor/PixelFormat.h>
 #include <renderer/OpenGLRenderer.h>
+
+#include "BenchDisplay.h"
 
 namespace {
 
@@ -153,53 +150,25 @@ void RegisterAll() {
   }
 }
 
-// Runs pending events until the toolkit has nothing left to do for a while.
-void PumpFor(int milliseconds) {
-  const wxLongLong end = wxGetLocalTimeMillis() + milliseconds;
-  while (wxGetLocalTimeMillis() < end) {
-    wxTheApp->ProcessPendingEvents();
-    while (wxTheApp->Pending()) wxTheApp->Dispatch();
-    wxTheApp->ProcessIdle();
-    wxMilliSleep(5);
-  }
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
-  setenv("NO_AT_BRIDGE", "1", 1);
-  wxApp::SetInstance(new wxApp);
-  if (!wxEntryStart(argc, argv)) {
-    fprintf(stderr, "cannot start the toolkit (is DISPLAY set?)\n");
-    return 2;
-  }
-  int result = 0;
-  {
-    wxGUIEventLoop loop;
-    wxEventLoopActivator activate(&loop);
-    auto* frame = new wxFrame(nullptr, wxID_ANY, "gl_bench");
-    frame->SetClientSize(kTileWidth, kTileHeight);
-    auto* tile = new wxWindow(frame, wxID_ANY, wxPoint(0, 0), wxSize(kTileWidth, kTileHeight));
-    frame->Show();
+  const int result = RunWithTile(argc, argv, wxSize(kTileWidth, kTileHeight), [](wxWindow* tile) {
+    const auto renderer = std::make_unique<OpenGLRenderer>(tile);
+    g_renderer = renderer.get();
     PumpFor(300);
-    {
-      const auto renderer = std::make_unique<OpenGLRenderer>(tile);
-      g_renderer = renderer.get();
-      PumpFor(300);
-      if (!OpenGLRenderer::m_isShaderSupported) {
-        fprintf(stderr, "no fragment programs on this GL implementation\n");
-        result = 1;
-      } else {
-        RegisterAll();
-        benchmark::RunSpecifiedBenchmarks();
-      }
-      g_renderer = nullptr;
+    int status = 0;
+    if (!OpenGLRenderer::m_isShaderSupported) {
+      fprintf(stderr, "no fragment programs on this GL implementation\n");
+      status = 1;
+    } else {
+      RegisterAll();
+      benchmark::RunSpecifiedBenchmarks();
     }
-    frame->Destroy();
-    PumpFor(50);
-  }
+    g_renderer = nullptr;
+    return status;
+  });
   benchmark::Shutdown();
-  wxEntryCleanup();
   return result;
 }
