@@ -28,6 +28,8 @@ int TruncateToEven(int value) { return value & ~1; }
 
 // ---- RendererImage and RendererObject --------------------------------------------------------
 
+// The toolkit asserts when an invalid image is asked for its size: such an image is kept with
+// size 0 x 0 (and is never drawn, as IsOk says).
 RendererImage::RendererImage(const wxImage& image)
     : m_size(image.IsOk() ? image.GetWidth() : 0, image.IsOk() ? image.GetHeight() : 0),
       m_image(image) {}
