@@ -2,6 +2,7 @@
 // hundredths (4:3 exactly), otherwise a vote between wide and narrow around 14/9, or the
 // caller's mode and preference.
 #include <cmath>
+#include <iomanip>
 #include <limits>
 #include <ostream>
 #include <vector>
@@ -20,7 +21,7 @@ struct Case {
 };
 
 std::ostream& operator<<(std::ostream& out, const Case& c) {
-  out << "{";
+  out << std::setprecision(9) << "{";
   for (float ratio : c.ratios) out << ratio << " ";
   return out << "} preferWide " << c.preferWide << " mode " << c.mode << " -> " << c.expected.x
              << ":" << c.expected.y;
