@@ -25,7 +25,6 @@ struct Arguments {
   unsigned char buffer[16] = {};
   unsigned char* planes[3] = {buffer, buffer + 4, buffer + 8};
   int pitches[3] = {64, 32, 32};
-  NormalDigitalPTZ ptz;
   RecordingVideoOutput* output = nullptr;
 };
 

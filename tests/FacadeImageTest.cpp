@@ -160,6 +160,49 @@ TEST_F(Images, SwitchReleasesTheOldBackendsImagesAndTheNextDrawMakesANewOne) {
   EXPECT_EQ(1, liveImages);
 }
 
+// A software fallback in front of the double: the host's image is made on the software
+// back-end too, and the primary keeps its own for the way back.
+TEST_F(Images, ReturnFromFallbackReusesThePrimarysImage) {
+  IRendererImage* image = facade->CreateImage(SolidImage(wxSize(6, 4), *wxRED));
+  facade->DrawImage(nullptr, image, 0, 0);
+  IRendererImage* onPrimary = BackendImage(image, backend);
+  auto* software = new RecordingBackend(tile, 2);
+  software->liveImages = &liveImages;
+  facade->m_renderer = software;
+  facade->m_renderMode = RENDER_MODE_OPENGL;  // a mode that can leave the fallback
+  facade->DrawImage(nullptr, image, 0, 0);
+  EXPECT_EQ(1, software->Count("CreateImage"));
+  ASSERT_EQ(2, liveImages);
+  backend->calls.clear();
+
+  facade->SoftwareFallback(false);
+  ASSERT_EQ(backend, facade->m_renderer);
+  EXPECT_EQ(1, liveImages) << "the software back-end's image goes with it";
+  facade->DrawImage(nullptr, image, 5, 6);
+  EXPECT_EQ(0, backend->Count("CreateImage"));
+  EXPECT_EQ(DrawRecord(onPrimary, 5, 6), backend->calls.back());
+}
+
+// A switch during a fallback releases the images of both back-ends.
+TEST_F(Images, SwitchInFallbackReleasesTheImagesOfBothBackends) {
+  IRendererImage* image = facade->CreateImage(SolidImage(wxSize(6, 4), *wxRED));
+  facade->DrawImage(nullptr, image, 0, 0);
+  auto* software = new RecordingBackend(tile, 2);
+  software->liveImages = &liveImages;
+  facade->m_renderer = software;
+  facade->DrawImage(nullptr, image, 0, 0);
+  IRendererImage* onSoftware = BackendImage(image, software);
+  ASSERT_EQ(2, liveImages);
+  software->calls.clear();
+
+  facade->SetRenderMode(RENDER_MODE_AUTO);
+  EXPECT_EQ(0, liveImages);
+  EXPECT_EQ(1, software->Count("DeleteImage"));
+  EXPECT_EQ("DeleteImage(" + Str(onSoftware) + ")", software->calls.back())
+      << "the software back-end waits for idle time, its image does not";
+  EXPECT_TRUE(static_cast<RendererImage*>(image)->m_backendImages.empty());
+}
+
 // Everything the facade made goes with it: its host images, and through them the back-end
 // images on the active and on the primary back-end of a software fallback.
 TEST_F(Images, DestructionReleasesEveryImage) {
