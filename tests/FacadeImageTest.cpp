@@ -24,6 +24,21 @@ class Images : public FacadeTest {
     return installed;
   }
 
+  // A second double put in front of the first, as a software fallback does.
+  RecordingBackend* EnterFallback() {
+    auto* software = new RecordingBackend(tile, 2);
+    software->liveImages = &liveImages;
+    facade->m_renderer = software;
+    return software;
+  }
+
+  // A host image, drawn once on the active back-end.
+  IRendererImage* DrawnImage() {
+    IRendererImage* image = facade->CreateImage(SolidImage(wxSize(6, 4), *wxRED));
+    facade->DrawImage(nullptr, image, 0, 0);
+    return image;
+  }
+
   // The back-end image that `image` holds for `renderer` (null when none).
   static IRendererImage* BackendImage(IRendererImage* image, IRenderer* renderer) {
     auto* own = static_cast<RendererImage*>(image);
@@ -141,8 +156,7 @@ TEST_F(Images, ImageWithoutPixelsDrawsNothing) {
 // The replaced back-end's images go at the switch, before the back-end itself goes at idle
 // time; the next draw makes the image on the new back-end.
 TEST_F(Images, SwitchReleasesTheOldBackendsImagesAndTheNextDrawMakesANewOne) {
-  IRendererImage* image = facade->CreateImage(SolidImage(wxSize(6, 4), *wxRED));
-  facade->DrawImage(nullptr, image, 0, 0);
+  IRendererImage* image = DrawnImage();
   IRendererImage* made = BackendImage(image, backend);
   ASSERT_EQ(1, liveImages);
   backend->calls.clear();
@@ -163,12 +177,9 @@ TEST_F(Images, SwitchReleasesTheOldBackendsImagesAndTheNextDrawMakesANewOne) {
 // A software fallback in front of the double: the host's image is made on the software
 // back-end too, and the primary keeps its own for the way back.
 TEST_F(Images, ReturnFromFallbackReusesThePrimarysImage) {
-  IRendererImage* image = facade->CreateImage(SolidImage(wxSize(6, 4), *wxRED));
-  facade->DrawImage(nullptr, image, 0, 0);
+  IRendererImage* image = DrawnImage();
   IRendererImage* onPrimary = BackendImage(image, backend);
-  auto* software = new RecordingBackend(tile, 2);
-  software->liveImages = &liveImages;
-  facade->m_renderer = software;
+  RecordingBackend* software = EnterFallback();
   facade->m_renderMode = RENDER_MODE_OPENGL;  // a mode that can leave the fallback
   facade->DrawImage(nullptr, image, 0, 0);
   EXPECT_EQ(1, software->Count("CreateImage"));
@@ -185,11 +196,8 @@ TEST_F(Images, ReturnFromFallbackReusesThePrimarysImage) {
 
 // A switch during a fallback releases the images of both back-ends.
 TEST_F(Images, SwitchInFallbackReleasesTheImagesOfBothBackends) {
-  IRendererImage* image = facade->CreateImage(SolidImage(wxSize(6, 4), *wxRED));
-  facade->DrawImage(nullptr, image, 0, 0);
-  auto* software = new RecordingBackend(tile, 2);
-  software->liveImages = &liveImages;
-  facade->m_renderer = software;
+  IRendererImage* image = DrawnImage();
+  RecordingBackend* software = EnterFallback();
   facade->DrawImage(nullptr, image, 0, 0);
   IRendererImage* onSoftware = BackendImage(image, software);
   ASSERT_EQ(2, liveImages);
@@ -206,12 +214,9 @@ TEST_F(Images, SwitchInFallbackReleasesTheImagesOfBothBackends) {
 // Everything the facade made goes with it: its host images, and through them the back-end
 // images on the active and on the primary back-end of a software fallback.
 TEST_F(Images, DestructionReleasesEveryImage) {
-  IRendererImage* onBoth = facade->CreateImage(SolidImage(wxSize(6, 4), *wxRED));
+  IRendererImage* onBoth = DrawnImage();
   facade->CreateImage(SolidImage(wxSize(5, 5), *wxGREEN));  // never drawn
-  facade->DrawImage(nullptr, onBoth, 0, 0);
-  auto* software = new RecordingBackend(tile, 2);
-  software->liveImages = &liveImages;
-  facade->m_renderer = software;  // a software fallback in front of the double
+  EnterFallback();
   facade->DrawImage(nullptr, onBoth, 0, 0);
   ASSERT_EQ(2, liveImages);
   ASSERT_EQ(2u, static_cast<RendererImage*>(onBoth)->m_backendImages.size());
