@@ -1,7 +1,7 @@
 // The tile window as the X server shows it: painted on every paint event (through the host's
 // just-in-time hook when one is set), repainted once and in full on a resize, and passing real
 // clicks on to its parent.
-#include <cstring>
+#include <functional>
 #include <string>
 #include <vector>
 
