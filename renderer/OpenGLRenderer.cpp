@@ -785,6 +785,10 @@ unsigned int OpenGLRenderer::GetPixelBufferId(unsigned long index) {
 
 bool OpenGLRenderer::GetFrameBuffer(int width, int height, int format, unsigned char** planes,
                                     int* pitches) {
+  // The textures are this renderer's: made and filled in its own context. Another tile's
+  // context shares the names, but Mesa's rasteriser crashes drawing a texture that a second
+  // context re-specified or filled meanwhile.
+  SetCurrent();
   if (!RendererBase::GetFrameBuffer(width, height, format, planes, pitches)) return false;
   // Three bytes, not three entries, as this renderer has always cleared them; the base has
   // zeroed every entry already and every entry that matters is written below.
@@ -837,6 +841,7 @@ void OpenGLRenderer::LendClientMemory(int height, unsigned char** planes, const 
 
 // The whole texture is uploaded each time; what lies beyond the video is never shown.
 bool OpenGLRenderer::FlushFrameBuffer(unsigned char** planes, int* pitches) {
+  SetCurrent();  // the upload runs in the context that made the textures, as GetFrameBuffer
   if (m_pixelFormat == PIXEL_FORMAT_YV12) std::swap(planes[1], planes[2]);
   if (m_pixelBuffers.empty()) {
     UploadFromClientMemory(planes);

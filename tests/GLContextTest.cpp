@@ -380,3 +380,31 @@ TEST(LifecycleBeforeShow, RendererOnAWindowNotShownYetProbesAndLaterPaints) {
   top->Destroy();
   PumpEvents();
 }
+
+// A frame is lent and uploaded in the renderer's own context, whichever tile's context was
+// current before: Mesa's rasteriser crashed drawing textures that another context had filled.
+TEST_F(Lifecycle, FramesAreUploadedInTheRenderersOwnContext) {
+  GLTestRenderer* first = MakeRenderer();
+  GLTestRenderer* second = MakeRenderer(secondTile);
+  const void* firstContext = ContextOf(first);
+  const void* secondContext = ContextOf(second);
+  unsigned char* planes[3] = {};
+  int pitches[3] = {};
+  ASSERT_EQ(secondContext, CurrentContext());
+  ASSERT_TRUE(first->GetFrameBuffer(64, 48, PIXEL_FORMAT_I420, planes, pitches));
+  EXPECT_EQ(firstContext, CurrentContext());
+  second->SetCurrent();
+  first->FlushFrameBuffer(planes, pitches);
+  EXPECT_EQ(firstContext, CurrentContext());
+
+  // Alternating tiles, frame after frame, draw without fault.
+  for (int frame = 0; frame < 100; ++frame) {
+    for (GLTestRenderer* renderer : {first, second}) {
+      ASSERT_TRUE(renderer->GetFrameBuffer(64, 48, PIXEL_FORMAT_I420, planes, pitches));
+      renderer->FlushFrameBuffer(planes, pitches);
+      renderer->Render(nullptr);
+    }
+  }
+  EXPECT_TRUE(first->HasFrame());
+  EXPECT_TRUE(second->HasFrame());
+}
