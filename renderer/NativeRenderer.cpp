@@ -56,11 +56,7 @@ void NativeRenderer::OnInit() {}
 
 bool NativeRenderer::GetFrameBuffer(int width, int height, int format, unsigned char** planes,
                                     int* pitches) {
-  if (!RendererBase::GetFrameBuffer(width, height, format, planes, pitches)) return false;
-  ResizeBuffer(std::labs(static_cast<long>(width) * 3 * height));
-  pitches[0] = width * 3;
-  planes[0] = m_frameBuffer.data();
-  return true;
+  return GetMemoryFrameBuffer(width, height, format, planes, pitches);
 }
 
 IRendererImage* NativeRenderer::DoCreateImage(const wxImage& image) {

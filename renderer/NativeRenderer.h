@@ -18,7 +18,8 @@ class NativeRenderer : public RendererBase {
   bool RequiresDC() override;
   bool IsPixelFormatSupported(int format) override;
   using RendererBase::GetFrameBuffer;
-  // Lends the frame buffer as one RGB24 plane of `width` x 3 bytes a row.
+  // Lends the frame buffer as one RGB24 plane of `width` x 3 bytes a row. A side beyond
+  // kMaxMemoryFrameSide (or below 1) is refused.
   bool GetFrameBuffer(int width, int height, int format, unsigned char** planes,
                       int* pitches) override;
   void DrawImage(wxDC* dc, IRendererImage* image, int x, int y) override;

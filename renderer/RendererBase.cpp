@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <map>
+#include <new>
 
 #include <wx/dcclient.h>
 #include <wx/tokenzr.h>
@@ -89,9 +90,11 @@ bool RendererBase::ClearFrame() {
 
 // ---- Frame buffer ---------------------------------------------------------------------------
 
+// A side below 1 is refused as well as 0: no back-end can lay out a frame of negative size,
+// and its negative pitch would send the decoder's writes before the buffer.
 bool RendererBase::GetFrameBuffer(int width, int height, int format, unsigned char** planes,
                                   int* pitches) {
-  if (width == 0 || height == 0) return false;
+  if (width < 1 || height < 1) return false;
   if (!IsModeSupported(width, height, format)) return false;
   m_width = width;
   m_height = height;
@@ -132,6 +135,23 @@ void RendererBase::ResizeBuffer(unsigned long size) { m_frameBuffer.resize(size,
 
 void RendererBase::ReduceBuffer(unsigned long size) {
   std::vector<unsigned char>(size, 0).swap(m_frameBuffer);
+}
+
+// Sized and checked before the base request stores the triple, so that a refusal changes
+// nothing. Memory that cannot be had is a failed request, never an exception out of the
+// library.
+bool RendererBase::GetMemoryFrameBuffer(int width, int height, int format, unsigned char** planes,
+                                        int* pitches) {
+  const CPixelLayout layout(format, width, height);
+  if (!layout.IsValid() || !IsModeSupported(width, height, format)) return false;
+  try {
+    ResizeBuffer(static_cast<unsigned long>(layout.GetTotalBytes()));
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+  if (!RendererBase::GetFrameBuffer(width, height, format, planes, pitches)) return false;
+  layout.SplitBuffer(m_frameBuffer.data(), planes, pitches);
+  return true;
 }
 
 // ---- Aspect ratio, sizes and PTZ ------------------------------------------------------------

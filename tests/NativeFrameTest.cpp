@@ -87,15 +87,34 @@ TEST_F(NativeFrame, BufferKeepsItsMemoryAcrossFrames) {
   EXPECT_EQ(first, planes[0]);
 }
 
-TEST_F(NativeFrame, NegativeHeightSizesTheBufferByItsMagnitude) {
-  ASSERT_TRUE(Request(64, -48, PIXEL_FORMAT_RGB24));
-  EXPECT_EQ(64u * 48 * 3, renderer->m_frameBuffer.size());
-  EXPECT_EQ(64 * 3, pitches[0]);
-  ASSERT_TRUE(renderer->FlushFrameBuffer(planes, pitches));
-  // Such a frame has no source rectangle inside it: only the background is painted.
-  const wxSize size(128, 96);
-  EXPECT_TRUE(ImagesNear(Paint(*renderer, size), SolidImage(size, kBackground), kExactPixels,
-                         "native-negative-height"));
+TEST_F(NativeFrame, NegativeSizesAreRefused) {
+  EXPECT_FALSE(Request(-64, 48, PIXEL_FORMAT_RGB24));
+  EXPECT_FALSE(Request(64, -48, PIXEL_FORMAT_RGB24));
+  EXPECT_FALSE(Request(-64, -48, PIXEL_FORMAT_RGB24));
+  EXPECT_EQ(nullptr, planes[0]);
+  EXPECT_EQ(0, pitches[0]);
+  EXPECT_TRUE(renderer->m_frameBuffer.empty());
+  EXPECT_EQ(PIXEL_FORMAT_NONE, renderer->GetPixelFormat());
+}
+
+TEST_F(NativeFrame, SidesUpToTheLimitAreLentAndBeyondItRefused) {
+  const int limit = RendererBase::kMaxMemoryFrameSide;
+  ASSERT_TRUE(Request(limit, 1, PIXEL_FORMAT_RGB24));
+  EXPECT_EQ(limit * 3, pitches[0]);
+  EXPECT_FALSE(Request(limit + 1, 1, PIXEL_FORMAT_RGB24));
+  EXPECT_FALSE(Request(1, limit + 1, PIXEL_FORMAT_RGB24));
+  EXPECT_EQ(limit, renderer->m_width) << "a refusal keeps the last frame's size";
+  EXPECT_EQ(1, renderer->m_height);
+}
+
+// Sizes a host's bad stream can bring: a frame far too large to allocate and a width whose row
+// alone overflows an int. Each fails as a result, without allocating or throwing.
+TEST_F(NativeFrame, HugeSizesFailWithoutAllocating) {
+  EXPECT_FALSE(Request(100000, 100000, PIXEL_FORMAT_RGB24));
+  EXPECT_FALSE(Request(INT_MAX, 1, PIXEL_FORMAT_RGB24));
+  EXPECT_FALSE(Request(1, INT_MAX, PIXEL_FORMAT_RGB24));
+  EXPECT_FALSE(Request(INT_MAX, INT_MAX, PIXEL_FORMAT_RGB24));
+  EXPECT_EQ(0u, renderer->m_frameBuffer.capacity());
 }
 
 TEST_F(NativeFrame, WithoutAFrameOnlyTheBackgroundIsPainted) {

@@ -1,6 +1,7 @@
 // VideoOutRenderer: where the decoder's picture is placed, the grey backdrop, overlays
 // recorded with three alpha levels and repainted only when they change, the idle release of
 // a hidden tile's video output, and the life of the idle binding.
+#include <climits>
 #include <cstring>
 
 #include <wx/dcmemory.h>
@@ -376,6 +377,14 @@ TEST_F(VideoOut, HardwareImageNeedsASinglePlaneBuffer) {
   TwoPlaneVideoOut planar(tile);
   EXPECT_FALSE(planar.BeginHardwareImage(64, 48, PIXEL_FORMAT_RGB24, info));
   EXPECT_EQ(PIXEL_FORMAT_RGB24, planar.GetPixelFormat());  // the buffer itself was lent
+}
+
+TEST_F(VideoOut, HardwareImageOfAFrameThatCannotBeLaidOutFails) {
+  HardwareImageInfo info{};
+  EXPECT_FALSE(renderer->BeginHardwareImage(-64, 48, PIXEL_FORMAT_RGB24, info));
+  EXPECT_FALSE(renderer->BeginHardwareImage(INT_MAX, 1, PIXEL_FORMAT_RGB24, info));
+  EXPECT_FALSE(renderer->BeginHardwareImage(100000, 100000, PIXEL_FORMAT_RGB24, info));
+  EXPECT_EQ(PIXEL_FORMAT_NONE, renderer->GetPixelFormat());
 }
 
 TEST_F(VideoOut, ClearFrameGivesTheOutputBack) {
