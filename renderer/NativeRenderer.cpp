@@ -185,7 +185,7 @@ void NativeRenderer::DoDrawLabel(wxDC* dc, const wxString& text, wxFont font, wx
 void NativeRenderer::CopySettings(RendererBase* target) {
   RendererBase::CopySettings(target);
   wxWindow* parent = GetParent();
-  if (!parent->IsShownOnScreen()) return;
+  if (!parent || !parent->IsShownOnScreen()) return;
   wxClientDC dc(parent);
   ClearToBackground(dc, *parent);
 }

@@ -290,6 +290,9 @@ void RendererBase::Render(wxDC* dc) {
     m_initialised = true;
     OnInit();
   }
+  // Without a window there is nothing to draw into: the back-ends clear to the window's
+  // background, place a video output by its screen position and measure text on it.
+  if (!m_parent) return;
   if (dc) {
     const wxSize size = dc->GetSize();
     m_renderClientWidth = size.x;

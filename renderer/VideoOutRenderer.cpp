@@ -62,9 +62,10 @@ VideoOutRenderer::VideoOutRenderer(wxWindow* parent)
 
 VideoOutRenderer::~VideoOutRenderer() { CDecompressor::DeleteVideoOutput(m_videoOutput); }
 
+// A renderer without a window has no idle time to watch (and draws nothing).
 void VideoOutRenderer::OnInit() {
   NativeRenderer::OnInit();
-  m_idleBinding = std::make_unique<IdleBinding>(GetParent(), this);
+  if (GetParent()) m_idleBinding = std::make_unique<IdleBinding>(GetParent(), this);
 }
 
 void VideoOutRenderer::OnIdle(wxIdleEvent& event) {

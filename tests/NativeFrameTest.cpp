@@ -203,6 +203,24 @@ TEST_F(NativeFrame, HostPaintsTheFrameFromItsPaintHandler) {
   EXPECT_GE(overlays.callsWithDC, 1);
 }
 
+TEST_F(NativeFrame, WithoutAParentNothingIsDrawn) {
+  NativeProbe orphan(nullptr);
+  OverlayScript overlays(
+      [](IRenderer* r, wxDC* dc) { r->DrawRect(dc, wxRect(0, 0, 8, 8), *wxRED); });
+  orphan.SetDrawOverlaysHandler(&overlays);
+  LoadFrame(orphan, BlockPicture(2, 2, 8));
+  const wxSize size(32, 32);
+  EXPECT_TRUE(ImagesNear(Paint(orphan, size), SolidImage(size, *wxWHITE), kExactPixels,
+                         "native-no-parent"));
+  EXPECT_EQ(0, orphan.frameDraws);
+  EXPECT_EQ(0, overlays.calls);
+
+  orphan.SetAspectRatio(1.5f);
+  NativeRenderer next(tile);
+  orphan.CopySettings(&next);
+  EXPECT_FLOAT_EQ(1.5f, next.GetAspectRatio());
+}
+
 TEST_F(NativeFrame, EveryDrawingOperationIgnoresAMissingDeviceContext) {
   LoadFrame(*renderer, BlockPicture(2, 1, 32));
   const wxFont font(wxFontInfo(12).Family(wxFONTFAMILY_SWISS));

@@ -455,6 +455,25 @@ TEST_F(VideoOut, ATileDestroyedFirstTakesTheBindingWithIt) {
   PumpEvents();
 }
 
+TEST_F(VideoOut, WithoutAParentNothingIsDrawnPlacedOrBound) {
+  VideoOutProbe orphan(nullptr);
+  orphan.SetDrawOverlaysHandler(&overlays);
+  DrawLabelEachPass("Cam 1", *wxWHITE);
+  auto* output = new RecordingVideoOutput(&deletions);
+  orphan.SetVideoOutput(output);
+  HardwareImageInfo info{};
+  ASSERT_TRUE(orphan.BeginHardwareImage(100, 100, PIXEL_FORMAT_RGB24, info));
+  orphan.EndHardwareImage(info);
+  const wxSize size(50, 50);
+  EXPECT_TRUE(ImagesNear(Paint(orphan, size), SolidImage(size, *wxWHITE), kExactPixels,
+                         "videoout-no-parent"));
+  orphan.Render(nullptr);
+  EXPECT_TRUE(output->rects.empty());
+  EXPECT_EQ(0, overlays.calls);
+  PumpEvents();
+  EXPECT_EQ(0, deletions) << "nothing watches idle time for a renderer without a window";
+}
+
 TEST_F(VideoOut, AFrameSizedBeyondItsBufferIsNotDrawn) {
   GiveOutput();
   PresentFrame(wxSize(100, 100), wxSize(200, 100));
