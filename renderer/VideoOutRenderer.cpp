@@ -5,7 +5,6 @@
 #include <wx/dcbuffer.h>
 #include <wx/dcclient.h>
 #include <wx/event.h>
-#include <wx/weakref.h>
 #include <wx/window.h>
 
 #include <decompressor/CDecompressor.h>
@@ -36,25 +35,6 @@ bool VideoOutRenderer::VideoOutDrawOp::operator==(const VideoOutDrawOp& other) c
          scaleFont == other.scaleFont && image == other.image;
 }
 
-// ---- Idle binding ---------------------------------------------------------------------------
-
-class VideoOutRenderer::IdleBinding {
- public:
-  IdleBinding(wxWindow* window, VideoOutRenderer* renderer)
-      : m_window(window), m_renderer(renderer) {
-    m_window->Bind(wxEVT_IDLE, &VideoOutRenderer::OnIdle, m_renderer);
-  }
-  ~IdleBinding() {
-    if (m_window) m_window->Unbind(wxEVT_IDLE, &VideoOutRenderer::OnIdle, m_renderer);
-  }
-  IdleBinding(const IdleBinding&) = delete;
-  IdleBinding& operator=(const IdleBinding&) = delete;
-
- private:
-  wxWeakRef<wxWindow> m_window;
-  VideoOutRenderer* m_renderer;
-};
-
 // ---- Construction and the video output ------------------------------------------------------
 
 VideoOutRenderer::VideoOutRenderer(wxWindow* parent)
@@ -65,7 +45,9 @@ VideoOutRenderer::~VideoOutRenderer() { CDecompressor::DeleteVideoOutput(m_video
 // A renderer without a window has no idle time to watch (and draws nothing).
 void VideoOutRenderer::OnInit() {
   NativeRenderer::OnInit();
-  if (GetParent()) m_idleBinding = std::make_unique<IdleBinding>(GetParent(), this);
+  if (!GetParent()) return;
+  m_idleBinding = std::make_unique<EventBinding<wxIdleEvent, VideoOutRenderer>>(
+      GetParent(), wxEVT_IDLE, &VideoOutRenderer::OnIdle, this);
 }
 
 void VideoOutRenderer::OnIdle(wxIdleEvent& event) {

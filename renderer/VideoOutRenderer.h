@@ -12,9 +12,8 @@
 #include <memory>
 #include <vector>
 
+#include <renderer/EventBinding.h>
 #include <renderer/NativeRenderer.h>
-
-class wxIdleEvent;
 
 // Reduces a valid colour's alpha to 0 (0 to 85), 128 (86 to 171) or 255 (172 to 255), the
 // levels an overlay over a video output can show; an invalid colour is left alone.
@@ -84,15 +83,12 @@ class VideoOutRenderer : public NativeRenderer {
   std::vector<VideoOutDrawOp> m_drawOps;
 
  private:
-  // Keeps OnIdle bound to the window's idle event for as long as it lives. A window that is
-  // destroyed first takes the binding with it, and nothing is unbound twice.
-  class IdleBinding;
-
   // Appends `op` unless it would be invisible over a video output; true when it is also to
   // be drawn (it was kept and there is a device context).
   bool Record(wxDC* dc, const VideoOutDrawOp& op);
   // Redraws the backdrop and every overlay into the window through an off-screen buffer.
   void RepaintOverlays();
 
-  std::unique_ptr<IdleBinding> m_idleBinding;
+  // OnIdle bound to the window's idle event, from the first paint to the hand-over.
+  std::unique_ptr<EventBinding<wxIdleEvent, VideoOutRenderer>> m_idleBinding;
 };

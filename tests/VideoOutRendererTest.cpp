@@ -4,6 +4,7 @@
 #include <climits>
 #include <cstring>
 
+#include <wx/app.h>
 #include <wx/dcmemory.h>
 
 #include <renderer/VideoOutRenderer.h>
@@ -34,6 +35,12 @@ class TwoPlaneVideoOut : public VideoOutRenderer {
     pitches[1] = width / 2;
     return true;
   }
+};
+
+// A back-end handed to the toolkit's deferred destruction, as the facade hands a replaced one.
+struct DeferredBackEnd : public wxObject {
+  explicit DeferredBackEnd(std::unique_ptr<RendererBase> which) : backEnd(std::move(which)) {}
+  std::unique_ptr<RendererBase> backEnd;
 };
 
 class VideoOut : public NativeRenderTest {
@@ -472,6 +479,20 @@ TEST_F(VideoOut, WithoutAParentNothingIsDrawnPlacedOrBound) {
   EXPECT_EQ(0, overlays.calls);
   PumpEvents();
   EXPECT_EQ(0, deletions) << "nothing watches idle time for a renderer without a window";
+}
+
+// The facade deletes a replaced back-end at idle time; its tile may be destroyed before then.
+// The sanitizer build reports any unbinding from the destroyed window.
+TEST_F(VideoOut, ABackEndAwaitingDeferredDeletionOutlivesItsTile) {
+  wxWindow* other = MakeTile(wxPoint(0, 0), wxSize(50, 50));
+  auto* waiting = new DeferredBackEnd(std::make_unique<VideoOutRenderer>(other));
+  Paint(*waiting->backEnd, wxSize(50, 50));
+  waiting->backEnd->SetVideoOutput(new RecordingVideoOutput(&deletions));
+  wxTheApp->ScheduleForDestruction(waiting);
+  other->Destroy();
+  EXPECT_EQ(0, deletions);
+  PumpEvents();
+  EXPECT_EQ(1, deletions);
 }
 
 TEST_F(VideoOut, AFrameSizedBeyondItsBufferIsNotDrawn) {
