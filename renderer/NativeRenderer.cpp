@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <vector>
 
 #include <wx/dc.h>
 #include <wx/dcclient.h>
@@ -32,6 +33,53 @@ wxImage FadedImage(const wxImage& image, unsigned char opacity) {
 }
 
 wxBitmap ScreenBitmap(const wxImage& image) { return wxBitmap(image, wxBITMAP_SCREEN_DEPTH, 1.0); }
+
+// The part of `rect` inside the device context's drawing area, computed wide: a host's
+// destination may reach beyond the int range.
+wxRect VisiblePart(const wxRect& rect, const wxDC& dc) {
+  const wxSize size = dc.GetSize();
+  const long long areaX = dc.DeviceToLogicalX(0);
+  const long long areaY = dc.DeviceToLogicalY(0);
+  const long long left = std::max<long long>(rect.x, areaX);
+  const long long top = std::max<long long>(rect.y, areaY);
+  const long long right =
+      std::min(static_cast<long long>(rect.x) + rect.width, areaX + dc.DeviceToLogicalXRel(size.x));
+  const long long bottom = std::min(static_cast<long long>(rect.y) + rect.height,
+                                    areaY + dc.DeviceToLogicalYRel(size.y));
+  if (right <= left || bottom <= top) return wxRect();
+  return wxRect(static_cast<int>(left), static_cast<int>(top), static_cast<int>(right - left),
+                static_cast<int>(bottom - top));
+}
+
+// The sample of a picture `size` pixels long that lands `offset` pixels into its `scaled`
+// long image, by nearest neighbour.
+int NearestSample(long long offset, int size, int scaled) {
+  return static_cast<int>(offset * size / scaled);
+}
+
+// The `visible` part of `image` scaled by nearest neighbour into `destination`. Only that part
+// is made: a destination far larger than the window (100000 pixels wide, say) would otherwise
+// become a bitmap the display server cannot hold.
+wxImage ScaledPart(const wxImage& image, const wxRect& destination, const wxRect& visible) {
+  const int width = image.GetWidth();
+  std::vector<int> columns(static_cast<size_t>(visible.width));
+  for (int x = 0; x < visible.width; ++x) {
+    columns[x] = NearestSample(static_cast<long long>(visible.x) - destination.x + x, width,
+                               destination.width);
+  }
+  wxImage part(visible.width, visible.height, false);
+  unsigned char* out = part.GetData();
+  for (int y = 0; y < visible.height; ++y) {
+    const int row = NearestSample(static_cast<long long>(visible.y) - destination.y + y,
+                                  image.GetHeight(), destination.height);
+    const unsigned char* in = image.GetData() + static_cast<size_t>(row) * width * 3;
+    for (int column : columns) {
+      std::memcpy(out, in + static_cast<size_t>(column) * 3, 3);
+      out += 3;
+    }
+  }
+  return part;
+}
 
 // Fills the device context with the window's background colour.
 void ClearToBackground(wxDC& dc, const wxWindow& window) {
@@ -88,11 +136,17 @@ void NativeRenderer::DrawFrame(wxDC* dc) {
   if (source != whole) image = image.GetSubImage(source);
   // Within a pixel of the destination the frame is drawn as it is, one pixel short or long:
   // scaling would cost far more than it shows.
-  if (std::abs(destination.width - image.GetWidth()) >= 2 ||
-      std::abs(destination.height - image.GetHeight()) >= 2) {
-    image = image.Scale(destination.width, destination.height, wxIMAGE_QUALITY_NORMAL);
+  if (std::abs(destination.width - image.GetWidth()) < 2 &&
+      std::abs(destination.height - image.GetHeight()) < 2) {
+    dc->DrawBitmap(ScreenBitmap(image), destination.x, destination.y, false);
+    return;
   }
-  dc->DrawBitmap(ScreenBitmap(image), destination.x, destination.y, false);
+  // Scaled by nearest neighbour (the toolkit's normal quality), but only the part inside the
+  // drawing area.
+  const wxRect visible = VisiblePart(destination, *dc);
+  if (visible.IsEmpty()) return;
+  dc->DrawBitmap(ScreenBitmap(ScaledPart(image, destination, visible)), visible.x, visible.y,
+                 false);
 }
 
 // ---- Images and bitmaps ---------------------------------------------------------------------

@@ -176,6 +176,36 @@ TEST_F(NativeFrame, DestinationTwoPixelsLargerScalesTheFrame) {
       kExactPixels));
 }
 
+// Scaling the whole destination would make a bitmap 100000 pixels wide, which the X server
+// refuses (and the toolkit then ends the process).
+TEST_F(NativeFrame, DestinationFarWiderThanTheTileIsClippedBeforeScaling) {
+  const wxImage picture = BlockPicture(20, 12, 32);
+  const wxRect destination(0, 0, 100000, 300);
+  LoadFrame(*renderer, picture);
+  renderer->SetIgnoreAspectRatio(true);
+  renderer->SetDestinationRect(destination);
+  {
+    wxClientDC window(tile);
+    renderer->Render(&window);
+  }
+  const wxSize size(200, 100);
+  EXPECT_TRUE(ImagesNear(Paint(*renderer, size),
+                         Placed(size, picture, wxRect(picture.GetSize()), destination),
+                         kExactPixels, "native-wide-destination"));
+}
+
+TEST_F(NativeFrame, DestinationReachingPastEverySideShowsItsVisiblePart) {
+  const wxImage picture = BlockPicture(4, 3, 8);
+  const wxRect destination(-35, -22, 270, 151);
+  LoadFrame(*renderer, picture);
+  renderer->SetIgnoreAspectRatio(true);
+  renderer->SetDestinationRect(destination);
+  const wxSize size(160, 90);
+  EXPECT_TRUE(ImagesNear(Paint(*renderer, size),
+                         Placed(size, picture, wxRect(picture.GetSize()), destination),
+                         kExactPixels, "native-clipped-destination"));
+}
+
 TEST_F(NativeFrame, RenderWithoutADeviceContextDrawsNothing) {
   LoadFrame(*renderer, BlockPicture(2, 1, 32));
   OverlayScript overlays;
