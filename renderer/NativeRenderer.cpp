@@ -190,17 +190,23 @@ void NativeRenderer::DoDrawLine(wxDC* dc, wxPoint from, wxPoint to, wxColour col
   dc->DrawLine(from, to);
 }
 
-// The rectangle is drawn inset by half the pen width and shrunk by the width less one, so the
-// stroke lies inside `rect` instead of straddling its edges.
 void NativeRenderer::DoDrawRectOutline(wxDC* dc, wxRect rect, wxColour colour, int width) {
   if (!dc) return;
-  const int half = width / 2;
   wxPen pen(colour, width, wxPENSTYLE_SOLID);
   pen.SetJoin(wxJOIN_MITER);
   wxDCPenChanger usePen(*dc, pen);
   wxDCBrushChanger useBrush(*dc, *wxTRANSPARENT_BRUSH);
-  dc->DrawRectangle(rect.x + half, rect.y + half, rect.width - (width - 1),
-                    rect.height - (width - 1));
+  dc->DrawRectangle(OutlinePath(rect, width));
+}
+
+// Inset by half the pen width and shrunk by the width less one, so the stroke lies inside
+// `rect` instead of straddling its edges. Wide and clamped: a rectangle or width near the int
+// limits must not overflow.
+wxRect NativeRenderer::OutlinePath(const wxRect& rect, int width) {
+  const long long half = width / 2;
+  const long long shrink = static_cast<long long>(width) - 1;
+  return wxRect(ClampToInt(rect.x + half), ClampToInt(rect.y + half),
+                ClampToInt(rect.width - shrink), ClampToInt(rect.height - shrink));
 }
 
 void NativeRenderer::DoDrawRect(wxDC* dc, wxRect rect, wxColour colour) {

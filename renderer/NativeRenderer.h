@@ -51,6 +51,10 @@ class NativeRenderer : public RendererBase {
   static void CopyRawRows(const unsigned char* source, int width, int height,
                           unsigned char* destination, int stride);
 
+  // The rectangle an outline of `width` around `rect` is stroked on, so that the stroke lies
+  // inside `rect`.
+  static wxRect OutlinePath(const wxRect& rect, int width);
+
   // Fills `rect` with `brush` and no outline.
   static void FillRectangle(wxDC* dc, const wxRect& rect, const wxBrush& brush);
 

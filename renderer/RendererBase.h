@@ -107,6 +107,10 @@ class RendererBase : public IRenderer {
 
   static wxRect NormalizeRect(wxRect rect);
 
+  // `value` limited to the int range. Geometry a host gives may lie near the int limits; sums
+  // and differences of it are taken in a wider type and clamped rather than overflowed.
+  static int ClampToInt(long long value);
+
   // Registry of human-readable renderer descriptions, one text per mode, process-wide.
   static void AppendRendererDesc(RenderMode mode, const wxString& text);
   static wxString& GetRendererDesc(RenderMode mode);

@@ -1,6 +1,8 @@
 // NativeRenderer overlays on real pixels: filled and outlined rectangles, lines, labels with
 // and without their box, the nine on-screen-display positions, multi-line and fitted labels,
 // and the opacity on each.
+#include <climits>
+
 #include <wx/dcmemory.h>
 
 #include "NativeRenderTest.h"
@@ -120,6 +122,18 @@ TEST_F(NativeOverlay, OutlinesOfEveryWidthStayInsideTheirRectangle) {
         ImagesNear(painted, expected, kExactPixels, "native-outline-" + std::to_string(width)))
         << "width " << width;
   }
+}
+
+// Rectangles and widths near the int limits are inset in a wider type and clamped, never
+// overflowed.
+TEST_F(NativeOverlay, OutlinePathNearTheIntLimitsIsClamped) {
+  EXPECT_EQ(wxRect(12, 12, 97, 47), NativeProbe::OutlinePath(wxRect(10, 10, 100, 50), 4));
+  EXPECT_EQ(wxRect(INT_MAX, INT_MAX, 17, 17),
+            NativeProbe::OutlinePath(wxRect(INT_MAX - 1, INT_MAX - 1, 20, 20), 4));
+  EXPECT_EQ(wxRect(-48, -48, INT_MIN, INT_MIN),
+            NativeProbe::OutlinePath(wxRect(-50, -50, INT_MIN + 1, INT_MIN + 1), 4));
+  EXPECT_EQ(wxRect(INT_MIN / 2, INT_MIN / 2, INT_MAX, INT_MAX),
+            NativeProbe::OutlinePath(wxRect(0, 0, 20, 20), INT_MIN));
 }
 
 TEST_F(NativeOverlay, LineHasButtEndsAndItsWidth) {
