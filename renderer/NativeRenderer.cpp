@@ -225,6 +225,9 @@ void NativeRenderer::FillRectangle(wxDC* dc, const wxRect& rect, const wxBrush& 
 void NativeRenderer::DoDrawLabel(wxDC* dc, const wxString& text, wxFont font, wxColour textColour,
                                  wxRect rect, int alignment, bool scale, wxColour background) {
   if (!dc) return;
+  // The toolkit asserts on text sized or drawn in no font: a label without one is written in
+  // the window's, the font MeasureText measures it with.
+  if (!font.IsOk()) font = GetParent() ? GetParent()->GetFont() : *wxNORMAL_FONT;
   if (scale) font = GetScaledFont(font, text, rect.GetTopLeft());
   if (background.IsOk()) {
     // Through the public DrawRect, so a subclass sees the box as a rectangle of its own.

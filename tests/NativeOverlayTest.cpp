@@ -176,6 +176,35 @@ TEST_F(NativeOverlay, LabelWithoutBackgroundDrawsNoBox) {
   EXPECT_EQ(0, CountNear(painted, kBoxColour, 60));
 }
 
+// The toolkit asserts on text drawn or sized in no font; such a label is written in the font
+// MeasureText measures it with, the window's.
+TEST_F(NativeOverlay, LabelWithoutAFontIsWrittenInTheWindowsFont) {
+  const wxRect rect(20, 20, 120, 50);
+  const wxSize text = renderer->MeasureText("Cam 1", wxNullFont);
+  for (bool scale : {false, true}) {
+    const wxImage painted = PaintWith([&](IRenderer* r, wxDC* dc) {
+      r->DrawLabel(dc, "Cam 1", wxNullFont, *wxWHITE, rect, 0, scale, kBoxColour);
+    });
+    EXPECT_EQ(wxRect(rect.GetTopLeft(), text), InkBounds(painted)) << "scale " << scale;
+    EXPECT_GT(CountNear(painted, *wxWHITE, kBlendTolerance), 0) << "no text, scale " << scale;
+  }
+}
+
+TEST_F(NativeOverlay, LabelWithoutAFontOrAWindowIsWrittenInTheNormalFont) {
+  NativeProbe orphan(nullptr);
+  wxBitmap bitmap(160, 120, 24);
+  {
+    wxMemoryDC dc(bitmap);
+    dc.SetBackground(wxBrush(kBackground));
+    dc.Clear();
+    orphan.DrawLabel(&dc, "Cam 1", wxNullFont, *wxWHITE, wxRect(20, 20, 120, 50), 0, false,
+                     wxNullColour);
+  }
+  const wxRect text(wxPoint(20, 20), renderer->MeasureText("Cam 1", *wxNORMAL_FONT));
+  EXPECT_TRUE(text.Contains(InkBounds(bitmap.ConvertToImage())));
+  EXPECT_GT(CountNear(bitmap.ConvertToImage(), *wxWHITE, kBlendTolerance), 0) << "no text drawn";
+}
+
 TEST_F(NativeOverlay, LabelBoxFadesWithTheOpacity) {
   renderer->SetOpacity(128);
   const wxRect rect(20, 20, 120, 50);
