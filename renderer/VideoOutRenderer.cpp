@@ -2,6 +2,8 @@
 // recorded per pass and repainted only when they change.
 #include "VideoOutRenderer.h"
 
+#include <cstring>
+
 #include <wx/dcbuffer.h>
 #include <wx/dcclient.h>
 #include <wx/event.h>
@@ -10,11 +12,35 @@
 #include <decompressor/CDecompressor.h>
 #include <decompressor/IVideoOutput.h>
 
+#include "NativeImage.h"
+
 namespace {
 
 // The backdrop under the decoder's picture, visible until it presents the first frame and
 // wherever the picture does not reach.
 const wxColour kBackdropColour(118, 118, 118, 255);
+
+// Whether neither has a mask colour, or both the same one.
+bool SameMask(const wxImage& one, const wxImage& other) {
+  if (one.HasMask() != other.HasMask()) return false;
+  return !one.HasMask() ||
+         (one.GetMaskRed() == other.GetMaskRed() && one.GetMaskGreen() == other.GetMaskGreen() &&
+          one.GetMaskBlue() == other.GetMaskBlue());
+}
+
+// Whether two recorded pictures show the same. Each recorded operation keeps a share of its
+// pixels, so a shared one cannot have been freed and reused meanwhile; otherwise the pixels
+// decide (a bitmap drawn translucently becomes a new temporary image on every pass).
+bool SamePicture(const wxImage& one, const wxImage& other) {
+  if (one.IsSameAs(other)) return true;
+  if (!one.IsOk() || !other.IsOk() || one.GetSize() != other.GetSize() ||
+      one.HasAlpha() != other.HasAlpha() || !SameMask(one, other)) {
+    return false;
+  }
+  const size_t pixels = static_cast<size_t>(one.GetWidth()) * one.GetHeight();
+  return std::memcmp(one.GetData(), other.GetData(), pixels * 3) == 0 &&
+         (!one.HasAlpha() || std::memcmp(one.GetAlpha(), other.GetAlpha(), pixels) == 0);
+}
 
 }  // namespace
 
@@ -32,7 +58,7 @@ VideoOutRenderer::VideoOutDrawOp::VideoOutDrawOp(int kind)
 bool VideoOutRenderer::VideoOutDrawOp::operator==(const VideoOutDrawOp& other) const {
   return type == other.type && text == other.text && font == other.font && colour == other.colour &&
          backgroundColour == other.backgroundColour && rect == other.rect && param == other.param &&
-         scaleFont == other.scaleFont && image == other.image;
+         scaleFont == other.scaleFont && SamePicture(picture, other.picture);
 }
 
 // ---- Construction and the video output ------------------------------------------------------
@@ -134,6 +160,7 @@ void VideoOutRenderer::DrawImage(wxDC* dc, IRendererImage* image, int x, int y) 
   VideoOutDrawOp op(DRAW_OP_IMAGE);
   op.rect = wxRect(x, y, 0, 0);
   op.image = image;
+  if (image) op.picture = static_cast<NativeImage*>(image)->GetImage();
   if (Record(dc, op)) NativeRenderer::DrawImage(dc, image, x, y);
 }
 

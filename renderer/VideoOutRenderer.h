@@ -30,7 +30,10 @@ class VideoOutRenderer : public NativeRenderer {
   };
 
   // One overlay operation of a pass, as the host asked for it (colours already rounded).
-  // Copies share the reference-counted text, font and colours.
+  // Copies share the reference-counted text, font, colours and picture. Two operations are
+  // equal when they would draw the same: every field but the image's address, which may be
+  // reused by another image once the first is deleted, stands for itself; the picture decides
+  // for images.
   struct VideoOutDrawOp {
     explicit VideoOutDrawOp(int kind);
 
@@ -45,6 +48,7 @@ class VideoOutRenderer : public NativeRenderer {
     int param;                  // label: alignment; outline and line: width
     bool scaleFont;             // label only
     IRendererImage* image;      // image only; not owned
+    wxImage picture;            // image only: a share of the image's pixels
   };
 
   explicit VideoOutRenderer(wxWindow* parent);

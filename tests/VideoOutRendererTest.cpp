@@ -269,8 +269,7 @@ TEST_F(VideoOut, RecordsEveryOperationWithItsFields) {
   EXPECT_FALSE(ops[4].scaleFont);
 }
 
-TEST_F(VideoOut, OperationsAreEqualOnlyWhenAllFieldsAre) {
-  int otherImage = 0;
+TEST_F(VideoOut, OperationsAreEqualOnlyWhenEveryDrawnFieldIs) {
   VideoOutRenderer::VideoOutDrawOp base(VideoOutRenderer::DRAW_OP_LABEL);
   base.text = "a";
   base.font = font;
@@ -290,13 +289,62 @@ TEST_F(VideoOut, OperationsAreEqualOnlyWhenAllFieldsAre) {
       [](Op& op) { op.rect = wxRect(1, 2, 3, 5); },
       [](Op& op) { op.param = 6; },
       [](Op& op) { op.scaleFont = true; },
-      [&otherImage](Op& op) { op.image = reinterpret_cast<IRendererImage*>(&otherImage); },
+      [](Op& op) { op.picture = SolidImage(wxSize(2, 2), *wxRED); },
   };
   for (size_t i = 0; i < changes.size(); ++i) {
     Op changed = base;
     changes[i](changed);
     EXPECT_FALSE(changed == base) << "field " << i;
   }
+}
+
+// An image's address can be reused once it is deleted; what it shows decides.
+TEST_F(VideoOut, ImagesAreEqualByTheirPicturesNotTheirAddresses) {
+  int otherImage = 0;
+  VideoOutRenderer::VideoOutDrawOp base(VideoOutRenderer::DRAW_OP_IMAGE);
+  base.picture = SolidImage(wxSize(2, 2), *wxRED);
+  VideoOutRenderer::VideoOutDrawOp copy = base;
+  copy.image = reinterpret_cast<IRendererImage*>(&otherImage);
+  copy.picture = SolidImage(wxSize(2, 2), *wxRED);
+  EXPECT_TRUE(copy == base) << "the same pixels";
+  for (const wxImage& other :
+       {SolidImage(wxSize(2, 2), *wxBLUE), SolidImage(wxSize(2, 3), *wxRED), wxImage()}) {
+    copy.picture = other;
+    EXPECT_FALSE(copy == base);
+  }
+  copy.picture = base.picture.Copy();
+  copy.picture.SetAlpha();
+  EXPECT_FALSE(copy == base) << "an alpha channel";
+  copy.picture = base.picture.Copy();
+  copy.picture.SetMaskColour(255, 0, 0);
+  EXPECT_FALSE(copy == base) << "a mask";
+}
+
+TEST_F(VideoOut, AnImageDeletedAndAnotherMadeRepaints) {
+  StartPresenting();
+  IRendererImage* image = renderer->CreateImage(SolidImage(wxSize(8, 8), *wxRED));
+  overlays.SetScript([&image](IRenderer* r, wxDC* dc) { r->DrawImage(dc, image, 5, 5); });
+  renderer->Render(nullptr);
+  renderer->DeleteImage(image);
+  image = renderer->CreateImage(SolidImage(wxSize(8, 8), *wxBLUE));
+  renderer->Render(nullptr);
+  EXPECT_EQ(2, overlays.callsWithDC);
+}
+
+// At opacity 0 a bitmap is drawn through a temporary image made and deleted in the same call.
+TEST_F(VideoOut, TranslucentBitmapsRepaintWhenTheirPictureChangesOnly) {
+  StartPresenting();
+  renderer->SetOpacity(0);
+  wxColour colour = *wxRED;
+  overlays.SetScript([&colour](IRenderer* r, wxDC* dc) {
+    r->DrawBitmap(dc, wxBitmap(SolidImage(wxSize(8, 8), colour)), 5, 5);
+  });
+  renderer->Render(nullptr);
+  renderer->Render(nullptr);
+  EXPECT_EQ(1, overlays.callsWithDC);
+  colour = *wxBLUE;
+  renderer->Render(nullptr);
+  EXPECT_EQ(2, overlays.callsWithDC);
 }
 
 TEST_F(VideoOut, IdenticalPassesRepaintNothingAndAChangedLabelRepaintsOnce) {
