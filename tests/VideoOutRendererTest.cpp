@@ -199,9 +199,16 @@ TEST_F(VideoOut, LabelAlphaIsRoundedAndInvisibleLabelsAreDroppedOverAnOutput) {
 }
 
 TEST_F(VideoOut, WithoutAnOutputAnInvisibleRectangleIsRecordedAndDrawn) {
-  EXPECT_TRUE(ImagesNear(PaintFill(wxRect(10, 10, 20, 20), wxColour(255, 0, 0, 40)),
-                         SolidImage(wxSize(200, 100), kBackground), kExactPixels,
-                         "videoout-invisible-rect"));
+  const wxRect rect(10, 10, 20, 20);
+  overlays.SetScript(
+      [rect](IRenderer* r, wxDC* dc) { r->DrawRect(dc, rect, wxColour(255, 0, 0, 40)); });
+  wxBitmap bitmap(200, 100, 24);
+  wxMemoryDC dc(bitmap);
+  renderer->Render(&dc);
+  // An alpha-0 fill changes no pixel; the device context's bounding box shows it was drawn.
+  EXPECT_TRUE(ImagesNear(bitmap.ConvertToImage(), SolidImage(wxSize(200, 100), kBackground),
+                         kExactPixels, "videoout-invisible-rect"));
+  EXPECT_EQ(rect, wxRect(dc.MinX(), dc.MinY(), dc.MaxX() - dc.MinX(), dc.MaxY() - dc.MinY()));
   ASSERT_EQ(1u, renderer->m_drawOps.size());
   EXPECT_EQ(VideoOutRenderer::DRAW_OP_RECT, renderer->m_drawOps[0].type);
   EXPECT_EQ(wxColour(255, 0, 0, 0), renderer->m_drawOps[0].colour);
