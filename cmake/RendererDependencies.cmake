@@ -3,7 +3,9 @@
 include_guard(GLOBAL)
 
 find_package(OpenGL REQUIRED COMPONENTS OpenGL)
-find_package(wxWidgets REQUIRED COMPONENTS gl core base)
+# 3.1.3 brought the device-context changers for the text background that the software
+# back-end uses; an older toolkit is refused here rather than failing to compile.
+find_package(wxWidgets 3.1.3 REQUIRED COMPONENTS gl core base)
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(RENDERER_FFMPEG REQUIRED IMPORTED_TARGET libavcodec libavformat libavutil libswscale)
 

@@ -78,8 +78,8 @@ void CopyOut(const PlaneView& view, const CPixelLayout& target, unsigned char* c
              const int* pitches) {
   for (int plane = 0; plane < target.GetPlaneCount(); ++plane) {
     const int caller = CallerPlane(target.GetFormat(), plane);
-    av_image_copy_plane(planes[caller], pitches[caller], view.data[plane], view.linesize[plane],
-                        target.GetRowBytes(caller), target.GetRows(caller));
+    CopyPlaneRows(planes[caller], pitches[caller], view.data[plane], view.linesize[plane],
+                  target.GetRowBytes(caller), target.GetRows(caller));
   }
 }
 

@@ -85,8 +85,11 @@ PtzRect NormalDigitalPTZ::Region() const {
   if (m_sourceRect.IsEmpty()) return video;
   const int left = std::max(0, m_sourceRect.x);
   const int top = std::max(0, m_sourceRect.y);
-  const int right = std::min(m_width, m_sourceRect.x + m_sourceRect.width);
-  const int bottom = std::min(m_height, m_sourceRect.y + m_sourceRect.height);
+  // Summed wide: a region near the int limits must not overflow.
+  const int right = static_cast<int>(
+      std::min<long long>(m_width, static_cast<long long>(m_sourceRect.x) + m_sourceRect.width));
+  const int bottom = static_cast<int>(
+      std::min<long long>(m_height, static_cast<long long>(m_sourceRect.y) + m_sourceRect.height));
   if (right <= left || bottom <= top) return video;
   return PtzRect{left, top, right - left, bottom - top};
 }

@@ -116,6 +116,12 @@ void ImportRawFrame(const unsigned char* const* planes, const int* pitches,
   }
 }
 
+void CopyPlaneRows(uint8_t* target, int targetPitch, const uint8_t* source, int sourcePitch,
+                   int rowBytes, int rows) {
+  if (rowBytes < 1 || rows < 1) return;
+  av_image_copy_plane(target, targetPitch, source, sourcePitch, rowBytes, rows);
+}
+
 void CopyExtended(const uint8_t* const* data, const int* linesizes, const int* rowBytes,
                   const int* rows, AVFrame& target) {
   const auto format = static_cast<AVPixelFormat>(target.format);
@@ -125,8 +131,8 @@ void CopyExtended(const uint8_t* const* data, const int* linesizes, const int* r
   av_image_fill_linesizes(fullRowBytes, format, target.width);
   av_image_fill_max_pixsteps(steps, nullptr, &desc);
   for (int plane = 0; plane < av_pix_fmt_count_planes(format); ++plane) {
-    av_image_copy_plane(target.data[plane], target.linesize[plane], data[plane], linesizes[plane],
-                        rowBytes[plane], rows[plane]);
+    CopyPlaneRows(target.data[plane], target.linesize[plane], data[plane], linesizes[plane],
+                  rowBytes[plane], rows[plane]);
     const int shift = plane == 0 || plane == 3 ? 0 : desc.log2_chroma_h;
     ExtendPlane(target.data[plane], target.linesize[plane], rowBytes[plane], rows[plane],
                 fullRowBytes[plane], AV_CEIL_RSHIFT(target.height, shift), steps[plane]);

@@ -28,6 +28,12 @@ bool EnsurePictureBuffer(AVFrame& frame, AVPixelFormat format, int width, int he
 void ImportRawFrame(const unsigned char* const* planes, const int* pitches,
                     const CPixelLayout& layout, AVFrame& target);
 
+// Copies `rows` rows of `rowBytes` bytes. A plane without picture bytes (no rows, or rows of
+// no bytes: the chroma of a picture 1 pixel wide or high) is skipped whatever its pointer and
+// pitch, as the argument checks skip it; FFmpeg's copy would assert on its pitch.
+void CopyPlaneRows(uint8_t* target, int targetPitch, const uint8_t* source, int sourcePitch,
+                   int rowBytes, int rows);
+
 // Copies the top-left `rowBytes[p]` x `rows[p]` block of each plane p of `data` into
 // `target`, then fills the rest of each of the target's planes by repeating the last sample
 // of every row and then the last row.

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <vector>
 
 #include <wx/dc.h>
 #include <wx/dcclient.h>
@@ -33,6 +34,53 @@ wxImage FadedImage(const wxImage& image, unsigned char opacity) {
 
 wxBitmap ScreenBitmap(const wxImage& image) { return wxBitmap(image, wxBITMAP_SCREEN_DEPTH, 1.0); }
 
+// The part of `rect` inside the device context's drawing area, computed wide: a host's
+// destination may reach beyond the int range.
+wxRect VisiblePart(const wxRect& rect, const wxDC& dc) {
+  const wxSize size = dc.GetSize();
+  const long long areaX = dc.DeviceToLogicalX(0);
+  const long long areaY = dc.DeviceToLogicalY(0);
+  const long long left = std::max<long long>(rect.x, areaX);
+  const long long top = std::max<long long>(rect.y, areaY);
+  const long long right =
+      std::min(static_cast<long long>(rect.x) + rect.width, areaX + dc.DeviceToLogicalXRel(size.x));
+  const long long bottom = std::min(static_cast<long long>(rect.y) + rect.height,
+                                    areaY + dc.DeviceToLogicalYRel(size.y));
+  if (right <= left || bottom <= top) return wxRect();
+  return wxRect(static_cast<int>(left), static_cast<int>(top), static_cast<int>(right - left),
+                static_cast<int>(bottom - top));
+}
+
+// The sample of a picture `size` pixels long that lands `offset` pixels into its `scaled`
+// long image, by nearest neighbour.
+int NearestSample(long long offset, int size, int scaled) {
+  return static_cast<int>(offset * size / scaled);
+}
+
+// The `visible` part of `image` scaled by nearest neighbour into `destination`. Only that part
+// is made: a destination far larger than the window (100000 pixels wide, say) would otherwise
+// become a bitmap the display server cannot hold.
+wxImage ScaledPart(const wxImage& image, const wxRect& destination, const wxRect& visible) {
+  const int width = image.GetWidth();
+  std::vector<int> columns(static_cast<size_t>(visible.width));
+  for (int x = 0; x < visible.width; ++x) {
+    columns[x] = NearestSample(static_cast<long long>(visible.x) - destination.x + x, width,
+                               destination.width);
+  }
+  wxImage part(visible.width, visible.height, false);
+  unsigned char* out = part.GetData();
+  for (int y = 0; y < visible.height; ++y) {
+    const int row = NearestSample(static_cast<long long>(visible.y) - destination.y + y,
+                                  image.GetHeight(), destination.height);
+    const unsigned char* in = image.GetData() + static_cast<size_t>(row) * width * 3;
+    for (int column : columns) {
+      std::memcpy(out, in + static_cast<size_t>(column) * 3, 3);
+      out += 3;
+    }
+  }
+  return part;
+}
+
 // Fills the device context with the window's background colour.
 void ClearToBackground(wxDC& dc, const wxWindow& window) {
   dc.SetBackground(wxBrush(window.GetBackgroundColour(), wxBRUSHSTYLE_SOLID));
@@ -56,11 +104,7 @@ void NativeRenderer::OnInit() {}
 
 bool NativeRenderer::GetFrameBuffer(int width, int height, int format, unsigned char** planes,
                                     int* pitches) {
-  if (!RendererBase::GetFrameBuffer(width, height, format, planes, pitches)) return false;
-  ResizeBuffer(std::labs(static_cast<long>(width) * 3 * height));
-  pitches[0] = width * 3;
-  planes[0] = m_frameBuffer.data();
-  return true;
+  return GetMemoryFrameBuffer(width, height, format, planes, pitches);
 }
 
 IRendererImage* NativeRenderer::DoCreateImage(const wxImage& image) {
@@ -92,11 +136,17 @@ void NativeRenderer::DrawFrame(wxDC* dc) {
   if (source != whole) image = image.GetSubImage(source);
   // Within a pixel of the destination the frame is drawn as it is, one pixel short or long:
   // scaling would cost far more than it shows.
-  if (std::abs(destination.width - image.GetWidth()) >= 2 ||
-      std::abs(destination.height - image.GetHeight()) >= 2) {
-    image = image.Scale(destination.width, destination.height, wxIMAGE_QUALITY_NORMAL);
+  if (std::abs(destination.width - image.GetWidth()) < 2 &&
+      std::abs(destination.height - image.GetHeight()) < 2) {
+    dc->DrawBitmap(ScreenBitmap(image), destination.x, destination.y, false);
+    return;
   }
-  dc->DrawBitmap(ScreenBitmap(image), destination.x, destination.y, false);
+  // Scaled by nearest neighbour (the toolkit's normal quality), but only the part inside the
+  // drawing area.
+  const wxRect visible = VisiblePart(destination, *dc);
+  if (visible.IsEmpty()) return;
+  dc->DrawBitmap(ScreenBitmap(ScaledPart(image, destination, visible)), visible.x, visible.y,
+                 false);
 }
 
 // ---- Images and bitmaps ---------------------------------------------------------------------
@@ -140,17 +190,23 @@ void NativeRenderer::DoDrawLine(wxDC* dc, wxPoint from, wxPoint to, wxColour col
   dc->DrawLine(from, to);
 }
 
-// The rectangle is drawn inset by half the pen width and shrunk by the width less one, so the
-// stroke lies inside `rect` instead of straddling its edges.
 void NativeRenderer::DoDrawRectOutline(wxDC* dc, wxRect rect, wxColour colour, int width) {
   if (!dc) return;
-  const int half = width / 2;
   wxPen pen(colour, width, wxPENSTYLE_SOLID);
   pen.SetJoin(wxJOIN_MITER);
   wxDCPenChanger usePen(*dc, pen);
   wxDCBrushChanger useBrush(*dc, *wxTRANSPARENT_BRUSH);
-  dc->DrawRectangle(rect.x + half, rect.y + half, rect.width - (width - 1),
-                    rect.height - (width - 1));
+  dc->DrawRectangle(OutlinePath(rect, width));
+}
+
+// Inset by half the pen width and shrunk by the width less one, so the stroke lies inside
+// `rect` instead of straddling its edges. Wide and clamped: a rectangle or width near the int
+// limits must not overflow.
+wxRect NativeRenderer::OutlinePath(const wxRect& rect, int width) {
+  const long long half = width / 2;
+  const long long shrink = static_cast<long long>(width) - 1;
+  return wxRect(ClampToInt(rect.x + half), ClampToInt(rect.y + half),
+                ClampToInt(rect.width - shrink), ClampToInt(rect.height - shrink));
 }
 
 void NativeRenderer::DoDrawRect(wxDC* dc, wxRect rect, wxColour colour) {
@@ -169,6 +225,9 @@ void NativeRenderer::FillRectangle(wxDC* dc, const wxRect& rect, const wxBrush& 
 void NativeRenderer::DoDrawLabel(wxDC* dc, const wxString& text, wxFont font, wxColour textColour,
                                  wxRect rect, int alignment, bool scale, wxColour background) {
   if (!dc) return;
+  // The toolkit asserts on text sized or drawn in no font: a label without one is written in
+  // the window's, the font MeasureText measures it with.
+  if (!font.IsOk()) font = GetParent() ? GetParent()->GetFont() : *wxNORMAL_FONT;
   if (scale) font = GetScaledFont(font, text, rect.GetTopLeft());
   if (background.IsOk()) {
     // Through the public DrawRect, so a subclass sees the box as a rectangle of its own.
@@ -189,7 +248,7 @@ void NativeRenderer::DoDrawLabel(wxDC* dc, const wxString& text, wxFont font, wx
 void NativeRenderer::CopySettings(RendererBase* target) {
   RendererBase::CopySettings(target);
   wxWindow* parent = GetParent();
-  if (!parent->IsShownOnScreen()) return;
+  if (!parent || !parent->IsShownOnScreen()) return;
   wxClientDC dc(parent);
   ClearToBackground(dc, *parent);
 }

@@ -18,7 +18,8 @@ class NativeRenderer : public RendererBase {
   bool RequiresDC() override;
   bool IsPixelFormatSupported(int format) override;
   using RendererBase::GetFrameBuffer;
-  // Lends the frame buffer as one RGB24 plane of `width` x 3 bytes a row.
+  // Lends the frame buffer as one RGB24 plane of `width` x 3 bytes a row. A side beyond
+  // kMaxMemoryFrameSide (or below 1) is refused.
   bool GetFrameBuffer(int width, int height, int format, unsigned char** planes,
                       int* pitches) override;
   void DrawImage(wxDC* dc, IRendererImage* image, int x, int y) override;
@@ -49,6 +50,10 @@ class NativeRenderer : public RendererBase {
   // apart, byte for byte: the pixels are not widened to the destination's pixel size.
   static void CopyRawRows(const unsigned char* source, int width, int height,
                           unsigned char* destination, int stride);
+
+  // The rectangle an outline of `width` around `rect` is stroked on, so that the stroke lies
+  // inside `rect`.
+  static wxRect OutlinePath(const wxRect& rect, int width);
 
   // Fills `rect` with `brush` and no outline.
   static void FillRectangle(wxDC* dc, const wxRect& rect, const wxBrush& brush);

@@ -3,7 +3,9 @@
 #include "RendererBase.h"
 
 #include <algorithm>
+#include <climits>
 #include <map>
+#include <new>
 
 #include <wx/dcclient.h>
 #include <wx/tokenzr.h>
@@ -15,6 +17,16 @@ namespace {
 
 // Descriptions per render mode, shared by every renderer of the process.
 std::map<RenderMode, wxString> RenderDescs;
+
+// Where text `extent` long starts along a side of `length` from `start`: against the far end,
+// in the middle (the division truncating toward zero) or at the start. Computed wide and
+// clamped: a rectangle near the int limits must not overflow.
+int AlignedStart(int start, int length, int extent, bool farEnd, bool middle) {
+  const long long room = static_cast<long long>(length) - extent;
+  if (farEnd) return RendererBase::ClampToInt(start + room);
+  if (middle) return RendererBase::ClampToInt(start + room / 2);
+  return start;
+}
 
 }  // namespace
 
@@ -89,9 +101,11 @@ bool RendererBase::ClearFrame() {
 
 // ---- Frame buffer ---------------------------------------------------------------------------
 
+// A side below 1 is refused as well as 0: no back-end can lay out a frame of negative size,
+// and its negative pitch would send the decoder's writes before the buffer.
 bool RendererBase::GetFrameBuffer(int width, int height, int format, unsigned char** planes,
                                   int* pitches) {
-  if (width == 0 || height == 0) return false;
+  if (width < 1 || height < 1) return false;
   if (!IsModeSupported(width, height, format)) return false;
   m_width = width;
   m_height = height;
@@ -132,6 +146,23 @@ void RendererBase::ResizeBuffer(unsigned long size) { m_frameBuffer.resize(size,
 
 void RendererBase::ReduceBuffer(unsigned long size) {
   std::vector<unsigned char>(size, 0).swap(m_frameBuffer);
+}
+
+// Sized and checked before the base request stores the triple, so that a refusal changes
+// nothing. Memory that cannot be had is a failed request, never an exception out of the
+// library.
+bool RendererBase::GetMemoryFrameBuffer(int width, int height, int format, unsigned char** planes,
+                                        int* pitches) {
+  const CPixelLayout layout(format, width, height);
+  if (!layout.IsValid() || !IsModeSupported(width, height, format)) return false;
+  try {
+    ResizeBuffer(static_cast<unsigned long>(layout.GetTotalBytes()));
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+  if (!RendererBase::GetFrameBuffer(width, height, format, planes, pitches)) return false;
+  layout.SplitBuffer(m_frameBuffer.data(), planes, pitches);
+  return true;
 }
 
 // ---- Aspect ratio, sizes and PTZ ------------------------------------------------------------
@@ -209,7 +240,8 @@ void RendererBase::GetSubImageRect(int width, int height, wxRect& destination, w
                                destination.height);
   }
   if (m_destinationRect.width != 0 || m_destinationRect.height != 0) {
-    destination.Offset(m_destinationRect.x, m_destinationRect.y);
+    destination.x = ClampToInt(static_cast<long long>(destination.x) + m_destinationRect.x);
+    destination.y = ClampToInt(static_cast<long long>(destination.y) + m_destinationRect.y);
   }
 }
 
@@ -223,6 +255,10 @@ wxRect RendererBase::GetAdjustedPtzSourceRect() {
   wxRect source;
   GetSubImageRect(video.x, video.y, destination, source, true);
   return source;
+}
+
+int RendererBase::ClampToInt(long long value) {
+  return static_cast<int>(std::clamp<long long>(value, INT_MIN, INT_MAX));
 }
 
 wxRect RendererBase::NormalizeRect(wxRect rect) {
@@ -270,6 +306,9 @@ void RendererBase::Render(wxDC* dc) {
     m_initialised = true;
     OnInit();
   }
+  // Without a window there is nothing to draw into: the back-ends clear to the window's
+  // background, place a video output by its screen position and measure text on it.
+  if (!m_parent) return;
   if (dc) {
     const wxSize size = dc->GetSize();
     m_renderClientWidth = size.x;
@@ -345,8 +384,8 @@ void RendererBase::DrawLabel(wxDC* dc, const wxString& text, wxFont font, wxColo
     const wxString line = lines.GetNextToken();
     if (!first) {
       const int above = MeasureText(previous.empty() ? wxString("A") : previous, font).y;
-      remaining.y += above;
-      remaining.height -= above;
+      remaining.y = ClampToInt(static_cast<long long>(remaining.y) + above);
+      remaining.height = ClampToInt(static_cast<long long>(remaining.height) - above);
     }
     DoDrawLabel(dc, line, font, textColour, remaining, alignment, scale, background);
     previous = line;
@@ -369,18 +408,10 @@ wxPoint RendererBase::GetTextLocation(wxFont font, const wxString& text, wxRect 
                                       int alignment) {
   if (alignment == 0) return wxPoint(rect.x, rect.y);
   const wxSize size = MeasureText(text, font);
-  wxPoint location(rect.x, rect.y);
-  if (alignment & wxALIGN_RIGHT) {
-    location.x = rect.x + rect.width - size.x;
-  } else if (alignment & wxALIGN_CENTER_HORIZONTAL) {
-    location.x = rect.x + (rect.width - size.x) / 2;
-  }
-  if (alignment & wxALIGN_BOTTOM) {
-    location.y = rect.y + rect.height - size.y;
-  } else if (alignment & wxALIGN_CENTER_VERTICAL) {
-    location.y = rect.y + (rect.height - size.y) / 2;
-  }
-  return location;
+  return wxPoint(AlignedStart(rect.x, rect.width, size.x, alignment & wxALIGN_RIGHT,
+                              alignment & wxALIGN_CENTER_HORIZONTAL),
+                 AlignedStart(rect.y, rect.height, size.y, alignment & wxALIGN_BOTTOM,
+                              alignment & wxALIGN_CENTER_VERTICAL));
 }
 
 // Shrinks the font one point at a time until the text fits the render client area from
@@ -391,7 +422,10 @@ wxFont RendererBase::GetScaledFont(wxFont font, const wxString& text, wxPoint or
   if (size == 1) return font;
   for (;;) {
     const wxSize extent = MeasureText(text, font);
-    if (origin.x + extent.x <= client.x && origin.y + extent.y <= client.y) break;
+    if (static_cast<long long>(origin.x) + extent.x <= client.x &&
+        static_cast<long long>(origin.y) + extent.y <= client.y) {
+      break;
+    }
     font.SetPointSize(size - 1);
     const int taken = font.GetPointSize();
     if (taken != size - 1 || taken <= 1) break;

@@ -11,11 +11,16 @@
 #include <vector>
 
 #include <decompressor/CDigitalPTZType.h>
+#include <decompressor/CPixelLayout.h>
 #include <decompressor/NormalDigitalPTZ.h>
 #include <renderer/IRenderer.h>
 
 class RendererBase : public IRenderer {
  public:
+  // The largest width or height of a frame laid out in main memory: the decoder's own limit,
+  // which holds 8K video. A larger request fails instead of asking for gigabytes.
+  static constexpr int kMaxMemoryFrameSide = CPixelLayout::kMaxDimension;
+
   explicit RendererBase(wxWindow* parent);
   ~RendererBase() override;
   RendererBase(const RendererBase&) = delete;
@@ -102,6 +107,10 @@ class RendererBase : public IRenderer {
 
   static wxRect NormalizeRect(wxRect rect);
 
+  // `value` limited to the int range. Geometry a host gives may lie near the int limits; sums
+  // and differences of it are taken in a wider type and clamped rather than overflowed.
+  static int ClampToInt(long long value);
+
   // Registry of human-readable renderer descriptions, one text per mode, process-wide.
   static void AppendRendererDesc(RenderMode mode, const wxString& text);
   static wxString& GetRendererDesc(RenderMode mode);
@@ -112,6 +121,13 @@ class RendererBase : public IRenderer {
   // equal frames allocates nothing; ReduceBuffer gives the memory back.
   void ResizeBuffer(unsigned long size);
   void ReduceBuffer(unsigned long size);
+
+  // Lends the frame buffer with the planes of `format` one after the other at their packed
+  // pitches. Fails without changing anything for a frame that cannot be laid out (a side
+  // below 1 or beyond kMaxMemoryFrameSide, a format outside the table), for a format the
+  // back-end does not take, and when the memory cannot be had.
+  bool GetMemoryFrameBuffer(int width, int height, int format, unsigned char** planes,
+                            int* pitches);
 
   // Deletes every image made through CreateImage. The destructor does it last of all; a
   // back-end whose images need its context alive calls it earlier.

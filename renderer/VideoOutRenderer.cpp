@@ -2,20 +2,45 @@
 // recorded per pass and repainted only when they change.
 #include "VideoOutRenderer.h"
 
+#include <cstring>
+
 #include <wx/dcbuffer.h>
 #include <wx/dcclient.h>
 #include <wx/event.h>
-#include <wx/weakref.h>
 #include <wx/window.h>
 
 #include <decompressor/CDecompressor.h>
 #include <decompressor/IVideoOutput.h>
+
+#include "NativeImage.h"
 
 namespace {
 
 // The backdrop under the decoder's picture, visible until it presents the first frame and
 // wherever the picture does not reach.
 const wxColour kBackdropColour(118, 118, 118, 255);
+
+// Whether neither has a mask colour, or both the same one.
+bool SameMask(const wxImage& one, const wxImage& other) {
+  if (one.HasMask() != other.HasMask()) return false;
+  return !one.HasMask() ||
+         (one.GetMaskRed() == other.GetMaskRed() && one.GetMaskGreen() == other.GetMaskGreen() &&
+          one.GetMaskBlue() == other.GetMaskBlue());
+}
+
+// Whether two recorded pictures show the same. Each recorded operation keeps a share of its
+// pixels, so a shared one cannot have been freed and reused meanwhile; otherwise the pixels
+// decide (a bitmap drawn translucently becomes a new temporary image on every pass).
+bool SamePicture(const wxImage& one, const wxImage& other) {
+  if (one.IsSameAs(other)) return true;
+  if (!one.IsOk() || !other.IsOk() || one.GetSize() != other.GetSize() ||
+      one.HasAlpha() != other.HasAlpha() || !SameMask(one, other)) {
+    return false;
+  }
+  const size_t pixels = static_cast<size_t>(one.GetWidth()) * one.GetHeight();
+  return std::memcmp(one.GetData(), other.GetData(), pixels * 3) == 0 &&
+         (!one.HasAlpha() || std::memcmp(one.GetAlpha(), other.GetAlpha(), pixels) == 0);
+}
 
 }  // namespace
 
@@ -33,27 +58,8 @@ VideoOutRenderer::VideoOutDrawOp::VideoOutDrawOp(int kind)
 bool VideoOutRenderer::VideoOutDrawOp::operator==(const VideoOutDrawOp& other) const {
   return type == other.type && text == other.text && font == other.font && colour == other.colour &&
          backgroundColour == other.backgroundColour && rect == other.rect && param == other.param &&
-         scaleFont == other.scaleFont && image == other.image;
+         scaleFont == other.scaleFont && SamePicture(picture, other.picture);
 }
-
-// ---- Idle binding ---------------------------------------------------------------------------
-
-class VideoOutRenderer::IdleBinding {
- public:
-  IdleBinding(wxWindow* window, VideoOutRenderer* renderer)
-      : m_window(window), m_renderer(renderer) {
-    m_window->Bind(wxEVT_IDLE, &VideoOutRenderer::OnIdle, m_renderer);
-  }
-  ~IdleBinding() {
-    if (m_window) m_window->Unbind(wxEVT_IDLE, &VideoOutRenderer::OnIdle, m_renderer);
-  }
-  IdleBinding(const IdleBinding&) = delete;
-  IdleBinding& operator=(const IdleBinding&) = delete;
-
- private:
-  wxWeakRef<wxWindow> m_window;
-  VideoOutRenderer* m_renderer;
-};
 
 // ---- Construction and the video output ------------------------------------------------------
 
@@ -62,9 +68,12 @@ VideoOutRenderer::VideoOutRenderer(wxWindow* parent)
 
 VideoOutRenderer::~VideoOutRenderer() { CDecompressor::DeleteVideoOutput(m_videoOutput); }
 
+// A renderer without a window has no idle time to watch (and draws nothing).
 void VideoOutRenderer::OnInit() {
   NativeRenderer::OnInit();
-  m_idleBinding = std::make_unique<IdleBinding>(GetParent(), this);
+  if (!GetParent()) return;
+  m_idleBinding = std::make_unique<EventBinding<wxIdleEvent, VideoOutRenderer>>(
+      GetParent(), wxEVT_IDLE, &VideoOutRenderer::OnIdle, this);
 }
 
 void VideoOutRenderer::OnIdle(wxIdleEvent& event) {
@@ -151,6 +160,7 @@ void VideoOutRenderer::DrawImage(wxDC* dc, IRendererImage* image, int x, int y) 
   VideoOutDrawOp op(DRAW_OP_IMAGE);
   op.rect = wxRect(x, y, 0, 0);
   op.image = image;
+  if (image) op.picture = static_cast<NativeImage*>(image)->GetImage();
   if (Record(dc, op)) NativeRenderer::DrawImage(dc, image, x, y);
 }
 

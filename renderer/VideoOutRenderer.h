@@ -12,9 +12,8 @@
 #include <memory>
 #include <vector>
 
+#include <renderer/EventBinding.h>
 #include <renderer/NativeRenderer.h>
-
-class wxIdleEvent;
 
 // Reduces a valid colour's alpha to 0 (0 to 85), 128 (86 to 171) or 255 (172 to 255), the
 // levels an overlay over a video output can show; an invalid colour is left alone.
@@ -31,7 +30,10 @@ class VideoOutRenderer : public NativeRenderer {
   };
 
   // One overlay operation of a pass, as the host asked for it (colours already rounded).
-  // Copies share the reference-counted text, font and colours.
+  // Copies share the reference-counted text, font, colours and picture. Two operations are
+  // equal when they would draw the same: every field but the image's address, which may be
+  // reused by another image once the first is deleted, stands for itself; the picture decides
+  // for images.
   struct VideoOutDrawOp {
     explicit VideoOutDrawOp(int kind);
 
@@ -46,6 +48,7 @@ class VideoOutRenderer : public NativeRenderer {
     int param;                  // label: alignment; outline and line: width
     bool scaleFont;             // label only
     IRendererImage* image;      // image only; not owned
+    wxImage picture;            // image only: a share of the image's pixels
   };
 
   explicit VideoOutRenderer(wxWindow* parent);
@@ -84,15 +87,12 @@ class VideoOutRenderer : public NativeRenderer {
   std::vector<VideoOutDrawOp> m_drawOps;
 
  private:
-  // Keeps OnIdle bound to the window's idle event for as long as it lives. A window that is
-  // destroyed first takes the binding with it, and nothing is unbound twice.
-  class IdleBinding;
-
   // Appends `op` unless it would be invisible over a video output; true when it is also to
   // be drawn (it was kept and there is a device context).
   bool Record(wxDC* dc, const VideoOutDrawOp& op);
   // Redraws the backdrop and every overlay into the window through an off-screen buffer.
   void RepaintOverlays();
 
-  std::unique_ptr<IdleBinding> m_idleBinding;
+  // OnIdle bound to the window's idle event, from the first paint to the hand-over.
+  std::unique_ptr<EventBinding<wxIdleEvent, VideoOutRenderer>> m_idleBinding;
 };

@@ -1,5 +1,6 @@
 // Digital PTZ geometry: aspect ratio in effect, letterbox and pillarbox placement, the zoom
 // window and its clamping, and the slot that names the PTZ in effect.
+#include <climits>
 #include <cstring>
 #include <memory>
 
@@ -194,6 +195,12 @@ TEST_F(NormalPtzTest, SourceRectangleIsClippedToTheVideo) {
   EXPECT_EQ((PtzRect{1800, 1000, 120, 80}), AdjustedRects(ptz).source);
   ptz.SetSourceRect(5000, 5000, 10, 10);  // wholly outside: the whole video
   EXPECT_EQ((PtzRect{0, 0, 1920, 1080}), AdjustedRects(ptz).source);
+}
+
+// The region's far edge is summed wide: near the int limit it is the video's edge.
+TEST_F(NormalPtzTest, SourceRectangleReachingPastTheIntLimitIsClippedToTheVideo) {
+  ptz.SetSourceRect(960, 540, INT_MAX, INT_MAX);
+  EXPECT_EQ((PtzRect{960, 540, 960, 540}), AdjustedRects(ptz).source);
 }
 
 TEST_F(NormalPtzTest, SquareRegionIsShownSquare) {

@@ -86,12 +86,14 @@ TEST_F(Overlays, OutlineOfWidthOneIsOneRing) {
   EXPECT_TRUE(ImagesNear(drawn, Expected(Ring(wxRect(10, 10, 9, 9))), kExactPixels, Name()));
 }
 
-TEST_F(Overlays, OutlineOfWidthThreeIsThreeNestedRingsInOneLoop) {
+// Whether the rings are one line loop or several does not show in the pixels (a loop lights
+// each pixel once either way); the rings themselves do.
+TEST_F(Overlays, OutlineOfWidthThreeIsThreeNestedRings) {
   const wxImage drawn = Draw([](IRenderer* renderer, wxDC* dc) {
     renderer->DrawRectOutline(dc, wxRect(10, 10, 10, 10), kInk, 3);
   });
-  // Rings for 10 x 10, 8 x 8 and 6 x 6; the joining steps run along the top-left diagonal
-  // through pixels the rings light anyway.
+  // Rings for 10 x 10, 8 x 8 and 6 x 6; the steps joining them run along the top-left
+  // diagonal through pixels the rings light anyway.
   std::vector<wxRect> pixels;
   for (const wxRect& ring : {wxRect(10, 10, 9, 9), wxRect(11, 11, 7, 7), wxRect(12, 12, 5, 5)}) {
     const std::vector<wxRect> sides = Ring(ring);

@@ -149,6 +149,17 @@ TEST_F(GetImageArguments, PlanesAFormatDoesNotUseMayBeNull) {
   EXPECT_TRUE(single.GuardsIntact());
 }
 
+// A picture one pixel high has no chroma rows in the table: those planes are skipped whatever
+// their pitch, and the copy never reaches one.
+TEST_F(GetImageArguments, PlanesWithoutRowsAreSkippedWhateverTheirPitch) {
+  TestFrame target(PIXEL_FORMAT_I420, 5, 1);
+  int pitches[3] = {5, 0, 0};
+  EXPECT_EQ(DECOMP_OK, decoder.GetImage(target.Planes(), pitches, PIXEL_FORMAT_I420, 5, 1, 0, 0,
+                                        kWidth, kHeight, nullptr));
+  EXPECT_TRUE(target.GuardsIntact());
+  EXPECT_FALSE(target.Untouched()) << "the luma row was not written";
+}
+
 TEST_F(GetImageArguments, WritesStayInsideThePlanesRows) {
   const int formats[] = {PIXEL_FORMAT_I420,  PIXEL_FORMAT_YUYV,    PIXEL_FORMAT_RGB24,
                          PIXEL_FORMAT_BGR24, PIXEL_FORMAT_YUV422P, PIXEL_FORMAT_RGBA32,

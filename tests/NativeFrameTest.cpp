@@ -87,15 +87,34 @@ TEST_F(NativeFrame, BufferKeepsItsMemoryAcrossFrames) {
   EXPECT_EQ(first, planes[0]);
 }
 
-TEST_F(NativeFrame, NegativeHeightSizesTheBufferByItsMagnitude) {
-  ASSERT_TRUE(Request(64, -48, PIXEL_FORMAT_RGB24));
-  EXPECT_EQ(64u * 48 * 3, renderer->m_frameBuffer.size());
-  EXPECT_EQ(64 * 3, pitches[0]);
-  ASSERT_TRUE(renderer->FlushFrameBuffer(planes, pitches));
-  // Such a frame has no source rectangle inside it: only the background is painted.
-  const wxSize size(128, 96);
-  EXPECT_TRUE(ImagesNear(Paint(*renderer, size), SolidImage(size, kBackground), kExactPixels,
-                         "native-negative-height"));
+TEST_F(NativeFrame, NegativeSizesAreRefused) {
+  EXPECT_FALSE(Request(-64, 48, PIXEL_FORMAT_RGB24));
+  EXPECT_FALSE(Request(64, -48, PIXEL_FORMAT_RGB24));
+  EXPECT_FALSE(Request(-64, -48, PIXEL_FORMAT_RGB24));
+  EXPECT_EQ(nullptr, planes[0]);
+  EXPECT_EQ(0, pitches[0]);
+  EXPECT_TRUE(renderer->m_frameBuffer.empty());
+  EXPECT_EQ(PIXEL_FORMAT_NONE, renderer->GetPixelFormat());
+}
+
+TEST_F(NativeFrame, SidesUpToTheLimitAreLentAndBeyondItRefused) {
+  const int limit = RendererBase::kMaxMemoryFrameSide;
+  ASSERT_TRUE(Request(limit, 1, PIXEL_FORMAT_RGB24));
+  EXPECT_EQ(limit * 3, pitches[0]);
+  EXPECT_FALSE(Request(limit + 1, 1, PIXEL_FORMAT_RGB24));
+  EXPECT_FALSE(Request(1, limit + 1, PIXEL_FORMAT_RGB24));
+  EXPECT_EQ(limit, renderer->m_width) << "a refusal keeps the last frame's size";
+  EXPECT_EQ(1, renderer->m_height);
+}
+
+// Sizes a host's bad stream can bring: a frame far too large to allocate and a width whose row
+// alone overflows an int. Each fails as a result, without allocating or throwing.
+TEST_F(NativeFrame, HugeSizesFailWithoutAllocating) {
+  EXPECT_FALSE(Request(100000, 100000, PIXEL_FORMAT_RGB24));
+  EXPECT_FALSE(Request(INT_MAX, 1, PIXEL_FORMAT_RGB24));
+  EXPECT_FALSE(Request(1, INT_MAX, PIXEL_FORMAT_RGB24));
+  EXPECT_FALSE(Request(INT_MAX, INT_MAX, PIXEL_FORMAT_RGB24));
+  EXPECT_EQ(0u, renderer->m_frameBuffer.capacity());
 }
 
 TEST_F(NativeFrame, WithoutAFrameOnlyTheBackgroundIsPainted) {
@@ -157,6 +176,36 @@ TEST_F(NativeFrame, DestinationTwoPixelsLargerScalesTheFrame) {
       kExactPixels));
 }
 
+// Scaling the whole destination would make a bitmap 100000 pixels wide, which the X server
+// refuses (and the toolkit then ends the process).
+TEST_F(NativeFrame, DestinationFarWiderThanTheTileIsClippedBeforeScaling) {
+  const wxImage picture = BlockPicture(20, 12, 32);
+  const wxRect destination(0, 0, 100000, 300);
+  LoadFrame(*renderer, picture);
+  renderer->SetIgnoreAspectRatio(true);
+  renderer->SetDestinationRect(destination);
+  {
+    wxClientDC window(tile);
+    renderer->Render(&window);
+  }
+  const wxSize size(200, 100);
+  EXPECT_TRUE(ImagesNear(Paint(*renderer, size),
+                         Placed(size, picture, wxRect(picture.GetSize()), destination),
+                         kExactPixels, "native-wide-destination"));
+}
+
+TEST_F(NativeFrame, DestinationReachingPastEverySideShowsItsVisiblePart) {
+  const wxImage picture = BlockPicture(4, 3, 8);
+  const wxRect destination(-35, -22, 270, 151);
+  LoadFrame(*renderer, picture);
+  renderer->SetIgnoreAspectRatio(true);
+  renderer->SetDestinationRect(destination);
+  const wxSize size(160, 90);
+  EXPECT_TRUE(ImagesNear(Paint(*renderer, size),
+                         Placed(size, picture, wxRect(picture.GetSize()), destination),
+                         kExactPixels, "native-clipped-destination"));
+}
+
 TEST_F(NativeFrame, RenderWithoutADeviceContextDrawsNothing) {
   LoadFrame(*renderer, BlockPicture(2, 1, 32));
   OverlayScript overlays;
@@ -182,6 +231,24 @@ TEST_F(NativeFrame, HostPaintsTheFrameFromItsPaintHandler) {
   tile->Unbind(wxEVT_PAINT, onPaint);
   EXPECT_EQ(tile->GetClientSize(), painted);
   EXPECT_GE(overlays.callsWithDC, 1);
+}
+
+TEST_F(NativeFrame, WithoutAParentNothingIsDrawn) {
+  NativeProbe orphan(nullptr);
+  OverlayScript overlays(
+      [](IRenderer* r, wxDC* dc) { r->DrawRect(dc, wxRect(0, 0, 8, 8), *wxRED); });
+  orphan.SetDrawOverlaysHandler(&overlays);
+  LoadFrame(orphan, BlockPicture(2, 2, 8));
+  const wxSize size(32, 32);
+  EXPECT_TRUE(ImagesNear(Paint(orphan, size), SolidImage(size, *wxWHITE), kExactPixels,
+                         "native-no-parent"));
+  EXPECT_EQ(0, orphan.frameDraws);
+  EXPECT_EQ(0, overlays.calls);
+
+  orphan.SetAspectRatio(1.5f);
+  NativeRenderer next(tile);
+  orphan.CopySettings(&next);
+  EXPECT_FLOAT_EQ(1.5f, next.GetAspectRatio());
 }
 
 TEST_F(NativeFrame, EveryDrawingOperationIgnoresAMissingDeviceContext) {

@@ -1,6 +1,8 @@
 // NativeRenderer overlays on real pixels: filled and outlined rectangles, lines, labels with
 // and without their box, the nine on-screen-display positions, multi-line and fitted labels,
 // and the opacity on each.
+#include <climits>
+
 #include <wx/dcmemory.h>
 
 #include "NativeRenderTest.h"
@@ -122,6 +124,18 @@ TEST_F(NativeOverlay, OutlinesOfEveryWidthStayInsideTheirRectangle) {
   }
 }
 
+// Rectangles and widths near the int limits are inset in a wider type and clamped, never
+// overflowed.
+TEST_F(NativeOverlay, OutlinePathNearTheIntLimitsIsClamped) {
+  EXPECT_EQ(wxRect(12, 12, 97, 47), NativeProbe::OutlinePath(wxRect(10, 10, 100, 50), 4));
+  EXPECT_EQ(wxRect(INT_MAX, INT_MAX, 17, 17),
+            NativeProbe::OutlinePath(wxRect(INT_MAX - 1, INT_MAX - 1, 20, 20), 4));
+  EXPECT_EQ(wxRect(-48, -48, INT_MIN, INT_MIN),
+            NativeProbe::OutlinePath(wxRect(-50, -50, INT_MIN + 1, INT_MIN + 1), 4));
+  EXPECT_EQ(wxRect(INT_MIN / 2, INT_MIN / 2, INT_MAX, INT_MAX),
+            NativeProbe::OutlinePath(wxRect(0, 0, 20, 20), INT_MIN));
+}
+
 TEST_F(NativeOverlay, LineHasButtEndsAndItsWidth) {
   const wxImage painted = PaintWith([&](IRenderer* r, wxDC* dc) {
     r->DrawLine(dc, wxPoint(10, 50), wxPoint(110, 50), kFill, 2);
@@ -160,6 +174,35 @@ TEST_F(NativeOverlay, LabelWithoutBackgroundDrawsNoBox) {
   EXPECT_TRUE(text.Contains(ink));
   EXPECT_LT(ink.width * ink.height, text.width * text.height) << "something filled the box";
   EXPECT_EQ(0, CountNear(painted, kBoxColour, 60));
+}
+
+// The toolkit asserts on text drawn or sized in no font; such a label is written in the font
+// MeasureText measures it with, the window's.
+TEST_F(NativeOverlay, LabelWithoutAFontIsWrittenInTheWindowsFont) {
+  const wxRect rect(20, 20, 120, 50);
+  const wxSize text = renderer->MeasureText("Cam 1", wxNullFont);
+  for (bool scale : {false, true}) {
+    const wxImage painted = PaintWith([&](IRenderer* r, wxDC* dc) {
+      r->DrawLabel(dc, "Cam 1", wxNullFont, *wxWHITE, rect, 0, scale, kBoxColour);
+    });
+    EXPECT_EQ(wxRect(rect.GetTopLeft(), text), InkBounds(painted)) << "scale " << scale;
+    EXPECT_GT(CountNear(painted, *wxWHITE, kBlendTolerance), 0) << "no text, scale " << scale;
+  }
+}
+
+TEST_F(NativeOverlay, LabelWithoutAFontOrAWindowIsWrittenInTheNormalFont) {
+  NativeProbe orphan(nullptr);
+  wxBitmap bitmap(160, 120, 24);
+  {
+    wxMemoryDC dc(bitmap);
+    dc.SetBackground(wxBrush(kBackground));
+    dc.Clear();
+    orphan.DrawLabel(&dc, "Cam 1", wxNullFont, *wxWHITE, wxRect(20, 20, 120, 50), 0, false,
+                     wxNullColour);
+  }
+  const wxRect text(wxPoint(20, 20), renderer->MeasureText("Cam 1", *wxNORMAL_FONT));
+  EXPECT_TRUE(text.Contains(InkBounds(bitmap.ConvertToImage())));
+  EXPECT_GT(CountNear(bitmap.ConvertToImage(), *wxWHITE, kBlendTolerance), 0) << "no text drawn";
 }
 
 TEST_F(NativeOverlay, LabelBoxFadesWithTheOpacity) {

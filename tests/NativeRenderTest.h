@@ -48,6 +48,7 @@ class NativeProbe : public NativeRenderer {
   using NativeRenderer::m_images;
   using NativeRenderer::m_width;
   using NativeRenderer::NativeRenderer;
+  using NativeRenderer::OutlinePath;
 
   void DrawFrame(wxDC* dc) override {
     ++frameDraws;

@@ -85,6 +85,17 @@ TEST(RawFrame, PictureWithoutChromaShowsNeutralGrey) {
   EXPECT_TRUE(SamplesNear(target.ToImage(), expected, kYuvToRgbTolerance, "no-chroma"));
 }
 
+TEST(RawFrame, PlanesWithoutRowsAreSkippedWhateverTheirPitch) {
+  TestFrame source(PIXEL_FORMAT_I420, 5, 1);
+  source.PaintYuv(NoiseYuv);
+  int pitches[3] = {5, 0, 0};
+  CDecompressor decoder;
+  ASSERT_EQ(DECOMP_OK, decoder.PutFrame(source.Planes(), pitches, PIXEL_FORMAT_I420, 5, 1, 0));
+  TestFrame target(PIXEL_FORMAT_I420, 5, 1);
+  ASSERT_EQ(DECOMP_OK, GetWholeImage(decoder, target));
+  EXPECT_TRUE(target.SamePictureBytes(source, "rowless-chroma"));
+}
+
 TEST(RawFrame, HalfPairOfOddPackedRowsKeepsItsU) {
   TestFrame source(PIXEL_FORMAT_YUYV, 3, 1);
   const unsigned char row[6] = {50, 60, 70, 80, 90, 100};  // Y0 U Y1 V | Y2 U'

@@ -1,6 +1,7 @@
 // The vocabulary types: render modes, pixel-format codes, the hardware-image record, and the
 // order of the interfaces' operations, which hosts depend on.
 #include <cstring>
+#include <iterator>
 #include <type_traits>
 
 #include <gtest/gtest.h>
@@ -164,13 +165,20 @@ TEST(RenderTypes, ImageAndOverlayInterfacesOrder) {
 
 class UnusedFormats : public WxTest {};
 
+// A back-end that takes every format of the table: its used codes get through, so the refusal
+// of the unused ones is the codes' own, not that of a back-end refusing everything.
 TEST_F(UnusedFormats, AreRefusedByTheBaseBackEnd) {
   TestBackend backend(frame);
+  backend.supportedFormats.insert(std::begin(kPreferredFormats), std::end(kPreferredFormats));
+  unsigned char* planes[3];
+  int pitches[3];
+  for (int code : kPreferredFormats) {
+    EXPECT_TRUE(backend.GetFrameBuffer(64, 48, code, planes, pitches)) << code;
+  }
   for (int code : {5, 7, 13, 20, 24, 99}) {
-    unsigned char* planes[3];
-    int pitches[3];
-    EXPECT_FALSE(backend.IsPixelFormatSupported(code)) << code;
+    EXPECT_FALSE(backend.RendererBase::IsPixelFormatSupported(code)) << code;
     EXPECT_FALSE(backend.IsModeSupported(64, 48, code)) << code;
     EXPECT_FALSE(backend.GetFrameBuffer(64, 48, code, planes, pitches)) << code;
+    EXPECT_EQ(PIXEL_FORMAT_I420, backend.GetPreferredPixelFormat(code)) << code;
   }
 }

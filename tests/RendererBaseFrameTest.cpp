@@ -1,5 +1,7 @@
 // RendererBase: construction state, frame-buffer request and flush, buffer sizing, pixel
 // copies, the paint sequence and the image list.
+#include <climits>
+
 #include <wx/dcmemory.h>
 
 #include "TestBackend.h"
@@ -133,6 +135,15 @@ TEST_F(RendererBaseFrame, ZeroWidthOrHeightFailsWithoutChangingTheTriple) {
   EXPECT_EQ(64, backend->m_width);
   EXPECT_EQ(48, backend->m_height);
   EXPECT_EQ(PIXEL_FORMAT_RGB24, backend->GetPixelFormat());
+}
+
+TEST_F(RendererBaseFrame, NegativeWidthOrHeightFailsWithoutChangingTheTriple) {
+  ASSERT_TRUE(Request(64, 48, PIXEL_FORMAT_RGB24));
+  EXPECT_FALSE(Request(-64, 48, PIXEL_FORMAT_RGB24));
+  EXPECT_FALSE(Request(64, -48, PIXEL_FORMAT_RGB24));
+  EXPECT_FALSE(Request(INT_MIN, INT_MIN, PIXEL_FORMAT_RGB24));
+  EXPECT_EQ(64, backend->m_width);
+  EXPECT_EQ(48, backend->m_height);
 }
 
 TEST_F(RendererBaseFrame, UnsupportedFormatFails) {

@@ -1,5 +1,7 @@
 // RendererBase geometry: render client size, aspect ratio, video size, the PTZ in effect,
 // sub-image rectangles and the settings copied between back-ends.
+#include <climits>
+
 #include <wx/dcmemory.h>
 
 #include "TestBackend.h"
@@ -218,6 +220,17 @@ TEST_F(RendererBaseGeometry, SubImageIsShiftedIntoTheDestinationRectangle) {
   wxRect destination, source;
   backend->GetSubImageRect(destination, source, false);
   EXPECT_EQ(wxRect(100, 50 + 87, 400, 225), destination);
+}
+
+TEST_F(RendererBaseGeometry, SubImageShiftedPastTheIntLimitIsClamped) {
+  FrameIn800(1920, 1080);
+  backend->SetDestinationRect(wxRect(INT_MAX - 10, INT_MIN + 10, 400, 400));
+  wxRect destination, source;
+  backend->GetSubImageRect(destination, source, false);
+  EXPECT_EQ(wxRect(INT_MAX - 10, INT_MIN + 10 + 87, 400, 225), destination);
+  backend->SetDestinationRect(wxRect(INT_MAX - 10, INT_MAX - 10, 400, 400));
+  backend->GetSubImageRect(destination, source, false);
+  EXPECT_EQ(wxRect(INT_MAX - 10, INT_MAX, 400, 225), destination);
 }
 
 TEST_F(RendererBaseGeometry, SubImageForAGivenSize) {

@@ -1,5 +1,7 @@
 // RendererBase overlay front: opacity on primitives, label splitting, text measuring and
 // placement, font fitting, OSD positions and the colour helpers.
+#include <climits>
+
 #include <wx/dcclient.h>
 
 #include "TestBackend.h"
@@ -106,6 +108,15 @@ TEST_F(RendererBaseOverlay, SplitLabelMovesEachLineByTheHeightOfTheLineAbove) {
   EXPECT_EQ(300 - one - two, backend->draws[2].rect.height);
 }
 
+// Geometry near the int limits is stacked in a wider type and clamped, never overflowed.
+TEST_F(RendererBaseOverlay, SplitLabelNearTheIntLimitsStacksClamped) {
+  backend->DrawLabel(nullptr, "a\nb", font, *wxWHITE, wxRect(0, INT_MAX - 2, 100, INT_MIN + 1), 0,
+                     false, wxNullColour);
+  ASSERT_EQ(2u, backend->draws.size());
+  EXPECT_EQ(INT_MAX, backend->draws[1].rect.y);
+  EXPECT_EQ(INT_MIN, backend->draws[1].rect.height);
+}
+
 TEST_F(RendererBaseOverlay, SplitLabelFadesEveryLine) {
   backend->SetOpacity(51);
   backend->DrawLabel(nullptr, "x\ny", font, wxColour(0, 0, 0, 250), wxRect(0, 0, 10, 10), 0, false,
@@ -170,6 +181,18 @@ TEST_F(RendererBaseOverlay, TextLocationDividesTowardZero) {
             backend->GetTextLocation(font, text, rect, wxALIGN_CENTER_HORIZONTAL).x);
 }
 
+TEST_F(RendererBaseOverlay, TextLocationNearTheIntLimitsIsClamped) {
+  const wxString text = "a fairly long piece of text";
+  const int all = wxALIGN_RIGHT | wxALIGN_BOTTOM;
+  EXPECT_EQ(wxPoint(INT_MAX, INT_MAX),
+            backend->GetTextLocation(font, "a", wxRect(INT_MAX - 1, INT_MAX - 1, 100, 100), all));
+  EXPECT_EQ(wxPoint(INT_MAX, INT_MAX),
+            backend->GetTextLocation(font, "a", wxRect(INT_MAX - 1, INT_MAX - 1, 100, 100),
+                                     wxALIGN_CENTER));
+  EXPECT_EQ(wxPoint(INT_MIN, INT_MIN),
+            backend->GetTextLocation(font, text, wxRect(INT_MIN + 1, INT_MIN + 1, 0, 0), all));
+}
+
 TEST_F(RendererBaseOverlay, ScaledFontOfOnePointIsReturnedUnchanged) {
   wxFont tiny(wxFontInfo(1).Family(wxFONTFAMILY_SWISS));
   backend->m_renderClientWidth = 1;
@@ -200,6 +223,13 @@ TEST_F(RendererBaseOverlay, ScaledFontShrinksUntilTheTextFits) {
   larger.SetPointSize(scaled.GetPointSize() + 1);
   EXPECT_GT(10 + backend->MeasureText(text, larger).x, backend->m_renderClientWidth);
   EXPECT_EQ(40, big.GetPointSize());  // the caller's font is untouched
+}
+
+TEST_F(RendererBaseOverlay, ScaledFontAtAnOriginNearTheIntLimitNeverFits) {
+  backend->m_renderClientWidth = 2000;
+  backend->m_renderClientHeight = 2000;
+  EXPECT_EQ(1, backend->GetScaledFont(font, "Ab", wxPoint(INT_MAX - 1, 0)).GetPointSize());
+  EXPECT_EQ(1, backend->GetScaledFont(font, "Ab", wxPoint(0, INT_MAX - 1)).GetPointSize());
 }
 
 TEST_F(RendererBaseOverlay, ScaledFontNeverGoesBelowOnePoint) {

@@ -1,8 +1,10 @@
 // VideoOutRenderer: where the decoder's picture is placed, the grey backdrop, overlays
 // recorded with three alpha levels and repainted only when they change, the idle release of
 // a hidden tile's video output, and the life of the idle binding.
+#include <climits>
 #include <cstring>
 
+#include <wx/app.h>
 #include <wx/dcmemory.h>
 
 #include <renderer/VideoOutRenderer.h>
@@ -33,6 +35,12 @@ class TwoPlaneVideoOut : public VideoOutRenderer {
     pitches[1] = width / 2;
     return true;
   }
+};
+
+// A back-end handed to the toolkit's deferred destruction, as the facade hands a replaced one.
+struct DeferredBackEnd : public wxObject {
+  explicit DeferredBackEnd(std::unique_ptr<RendererBase> which) : backEnd(std::move(which)) {}
+  std::unique_ptr<RendererBase> backEnd;
 };
 
 class VideoOut : public NativeRenderTest {
@@ -191,9 +199,16 @@ TEST_F(VideoOut, LabelAlphaIsRoundedAndInvisibleLabelsAreDroppedOverAnOutput) {
 }
 
 TEST_F(VideoOut, WithoutAnOutputAnInvisibleRectangleIsRecordedAndDrawn) {
-  EXPECT_TRUE(ImagesNear(PaintFill(wxRect(10, 10, 20, 20), wxColour(255, 0, 0, 40)),
-                         SolidImage(wxSize(200, 100), kBackground), kExactPixels,
-                         "videoout-invisible-rect"));
+  const wxRect rect(10, 10, 20, 20);
+  overlays.SetScript(
+      [rect](IRenderer* r, wxDC* dc) { r->DrawRect(dc, rect, wxColour(255, 0, 0, 40)); });
+  wxBitmap bitmap(200, 100, 24);
+  wxMemoryDC dc(bitmap);
+  renderer->Render(&dc);
+  // An alpha-0 fill changes no pixel; the device context's bounding box shows it was drawn.
+  EXPECT_TRUE(ImagesNear(bitmap.ConvertToImage(), SolidImage(wxSize(200, 100), kBackground),
+                         kExactPixels, "videoout-invisible-rect"));
+  EXPECT_EQ(rect, wxRect(dc.MinX(), dc.MinY(), dc.MaxX() - dc.MinX(), dc.MaxY() - dc.MinY()));
   ASSERT_EQ(1u, renderer->m_drawOps.size());
   EXPECT_EQ(VideoOutRenderer::DRAW_OP_RECT, renderer->m_drawOps[0].type);
   EXPECT_EQ(wxColour(255, 0, 0, 0), renderer->m_drawOps[0].colour);
@@ -261,8 +276,7 @@ TEST_F(VideoOut, RecordsEveryOperationWithItsFields) {
   EXPECT_FALSE(ops[4].scaleFont);
 }
 
-TEST_F(VideoOut, OperationsAreEqualOnlyWhenAllFieldsAre) {
-  int otherImage = 0;
+TEST_F(VideoOut, OperationsAreEqualOnlyWhenEveryDrawnFieldIs) {
   VideoOutRenderer::VideoOutDrawOp base(VideoOutRenderer::DRAW_OP_LABEL);
   base.text = "a";
   base.font = font;
@@ -282,13 +296,62 @@ TEST_F(VideoOut, OperationsAreEqualOnlyWhenAllFieldsAre) {
       [](Op& op) { op.rect = wxRect(1, 2, 3, 5); },
       [](Op& op) { op.param = 6; },
       [](Op& op) { op.scaleFont = true; },
-      [&otherImage](Op& op) { op.image = reinterpret_cast<IRendererImage*>(&otherImage); },
+      [](Op& op) { op.picture = SolidImage(wxSize(2, 2), *wxRED); },
   };
   for (size_t i = 0; i < changes.size(); ++i) {
     Op changed = base;
     changes[i](changed);
     EXPECT_FALSE(changed == base) << "field " << i;
   }
+}
+
+// An image's address can be reused once it is deleted; what it shows decides.
+TEST_F(VideoOut, ImagesAreEqualByTheirPicturesNotTheirAddresses) {
+  int otherImage = 0;
+  VideoOutRenderer::VideoOutDrawOp base(VideoOutRenderer::DRAW_OP_IMAGE);
+  base.picture = SolidImage(wxSize(2, 2), *wxRED);
+  VideoOutRenderer::VideoOutDrawOp copy = base;
+  copy.image = reinterpret_cast<IRendererImage*>(&otherImage);
+  copy.picture = SolidImage(wxSize(2, 2), *wxRED);
+  EXPECT_TRUE(copy == base) << "the same pixels";
+  for (const wxImage& other :
+       {SolidImage(wxSize(2, 2), *wxBLUE), SolidImage(wxSize(2, 3), *wxRED), wxImage()}) {
+    copy.picture = other;
+    EXPECT_FALSE(copy == base);
+  }
+  copy.picture = base.picture.Copy();
+  copy.picture.SetAlpha();
+  EXPECT_FALSE(copy == base) << "an alpha channel";
+  copy.picture = base.picture.Copy();
+  copy.picture.SetMaskColour(255, 0, 0);
+  EXPECT_FALSE(copy == base) << "a mask";
+}
+
+TEST_F(VideoOut, AnImageDeletedAndAnotherMadeRepaints) {
+  StartPresenting();
+  IRendererImage* image = renderer->CreateImage(SolidImage(wxSize(8, 8), *wxRED));
+  overlays.SetScript([&image](IRenderer* r, wxDC* dc) { r->DrawImage(dc, image, 5, 5); });
+  renderer->Render(nullptr);
+  renderer->DeleteImage(image);
+  image = renderer->CreateImage(SolidImage(wxSize(8, 8), *wxBLUE));
+  renderer->Render(nullptr);
+  EXPECT_EQ(2, overlays.callsWithDC);
+}
+
+// At opacity 0 a bitmap is drawn through a temporary image made and deleted in the same call.
+TEST_F(VideoOut, TranslucentBitmapsRepaintWhenTheirPictureChangesOnly) {
+  StartPresenting();
+  renderer->SetOpacity(0);
+  wxColour colour = *wxRED;
+  overlays.SetScript([&colour](IRenderer* r, wxDC* dc) {
+    r->DrawBitmap(dc, wxBitmap(SolidImage(wxSize(8, 8), colour)), 5, 5);
+  });
+  renderer->Render(nullptr);
+  renderer->Render(nullptr);
+  EXPECT_EQ(1, overlays.callsWithDC);
+  colour = *wxBLUE;
+  renderer->Render(nullptr);
+  EXPECT_EQ(2, overlays.callsWithDC);
 }
 
 TEST_F(VideoOut, IdenticalPassesRepaintNothingAndAChangedLabelRepaintsOnce) {
@@ -378,6 +441,14 @@ TEST_F(VideoOut, HardwareImageNeedsASinglePlaneBuffer) {
   EXPECT_EQ(PIXEL_FORMAT_RGB24, planar.GetPixelFormat());  // the buffer itself was lent
 }
 
+TEST_F(VideoOut, HardwareImageOfAFrameThatCannotBeLaidOutFails) {
+  HardwareImageInfo info{};
+  EXPECT_FALSE(renderer->BeginHardwareImage(-64, 48, PIXEL_FORMAT_RGB24, info));
+  EXPECT_FALSE(renderer->BeginHardwareImage(INT_MAX, 1, PIXEL_FORMAT_RGB24, info));
+  EXPECT_FALSE(renderer->BeginHardwareImage(100000, 100000, PIXEL_FORMAT_RGB24, info));
+  EXPECT_EQ(PIXEL_FORMAT_NONE, renderer->GetPixelFormat());
+}
+
 TEST_F(VideoOut, ClearFrameGivesTheOutputBack) {
   StartPresenting();
   EXPECT_TRUE(renderer->ClearFrame());
@@ -444,6 +515,39 @@ TEST_F(VideoOut, ATileDestroyedFirstTakesTheBindingWithIt) {
   early.reset();  // must not reach the destroyed window to unbind
   EXPECT_EQ(1, deletions);
   PumpEvents();
+}
+
+TEST_F(VideoOut, WithoutAParentNothingIsDrawnPlacedOrBound) {
+  VideoOutProbe orphan(nullptr);
+  orphan.SetDrawOverlaysHandler(&overlays);
+  DrawLabelEachPass("Cam 1", *wxWHITE);
+  auto* output = new RecordingVideoOutput(&deletions);
+  orphan.SetVideoOutput(output);
+  HardwareImageInfo info{};
+  ASSERT_TRUE(orphan.BeginHardwareImage(100, 100, PIXEL_FORMAT_RGB24, info));
+  orphan.EndHardwareImage(info);
+  const wxSize size(50, 50);
+  EXPECT_TRUE(ImagesNear(Paint(orphan, size), SolidImage(size, *wxWHITE), kExactPixels,
+                         "videoout-no-parent"));
+  orphan.Render(nullptr);
+  EXPECT_TRUE(output->rects.empty());
+  EXPECT_EQ(0, overlays.calls);
+  PumpEvents();
+  EXPECT_EQ(0, deletions) << "nothing watches idle time for a renderer without a window";
+}
+
+// The facade deletes a replaced back-end at idle time; its tile may be destroyed before then.
+// The sanitizer build reports any unbinding from the destroyed window.
+TEST_F(VideoOut, ABackEndAwaitingDeferredDeletionOutlivesItsTile) {
+  wxWindow* other = MakeTile(wxPoint(0, 0), wxSize(50, 50));
+  auto* waiting = new DeferredBackEnd(std::make_unique<VideoOutRenderer>(other));
+  Paint(*waiting->backEnd, wxSize(50, 50));
+  waiting->backEnd->SetVideoOutput(new RecordingVideoOutput(&deletions));
+  wxTheApp->ScheduleForDestruction(waiting);
+  other->Destroy();
+  EXPECT_EQ(0, deletions);
+  PumpEvents();
+  EXPECT_EQ(1, deletions);
 }
 
 TEST_F(VideoOut, AFrameSizedBeyondItsBufferIsNotDrawn) {
