@@ -82,7 +82,14 @@ INSTANTIATE_TEST_SUITE_P(
                                          RENDER_MODE_RESERVED, -1, 7),
                        ::testing::Values(GLState::RecommendedAndSupported, GLState::SupportedOnly,
                                          GLState::Unsupported),
-                       ::testing::Bool()));
+                       ::testing::Bool()),
+    [](const ::testing::TestParamInfo<std::tuple<int, GLState, bool>>& info) {
+      const char* gl[] = {"GLRecommended", "GLSupportedOnly", "GLUnsupported"};
+      const int mode = std::get<0>(info.param);
+      return (mode < 0 ? "ModeMinus" + std::to_string(-mode) : "Mode" + std::to_string(mode)) +
+             "_" + gl[static_cast<int>(std::get<1>(info.param))] +
+             (std::get<2>(info.param) ? "_VideoOutput" : "_NoVideoOutput");
+    });
 
 // A back-end that counts its own deletion.
 class CountedBackend : public TestBackend {
