@@ -143,6 +143,7 @@ void WallFrame::DestroyTiles() {
 
 void WallFrame::ArrangeTiles() {
   const int side = m_solo ? 1 : m_layout.Columns();
+  m_grid->SetSizer(nullptr);  // detaches the tiles from the old grid
   auto* grid = new wxGridSizer(side, side, kGap, kGap);
   for (VideoTile* tile : m_tiles) {
     const bool shown = !m_solo || tile == m_solo;

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include <wx/log.h>
 #include <wx/textfile.h>
 
 void WallOptions::Describe(wxCmdLineParser& parser) {
@@ -50,6 +51,7 @@ bool WallOptions::Read(const wxCmdLineParser& parser, WallOptions& options, wxSt
 
 bool WallOptions::ReadSourcesFile(const wxString& path, std::vector<std::string>& sources) {
   wxTextFile file;
+  const wxLogNull quiet;  // the caller reports a file it cannot read
   if (!file.Open(path)) return false;
   for (size_t i = 0; i < file.GetLineCount(); ++i) {
     wxString line = file.GetLine(i);
