@@ -59,6 +59,7 @@ void VideoTile::CopyPicture(CDecompressor& decoder, double pictureSeconds) {
 }
 
 void VideoTile::Repaint() {
+  if (!IsShownOnScreen()) return;
   if (GetRenderer()->RequiresDC()) {
     Refresh(false);
     return;
@@ -84,6 +85,11 @@ void VideoTile::SetAspectRule(AspectRule rule) {
 
 void VideoTile::SetOverlaysShown(bool shown) {
   m_overlaysShown = shown;
+  Repaint();
+}
+
+void VideoTile::SetNamePosition(int position) {
+  m_namePosition = position;
   Repaint();
 }
 
@@ -123,7 +129,7 @@ void VideoTile::RendererDrawOverlays(IRenderer*, wxDC* dc) {
   TileOverlayPainter painter(*GetRenderer(), dc, wxRect(GetClientSize()), PictureRect());
   if (State() != FeedState::Playing) painter.NoSignal();
   if (m_overlaysShown) {
-    painter.Name(m_name, 1);
+    painter.Name(m_name, m_namePosition);
     painter.Timestamp(m_pictureSeconds);
     painter.Statistics(StatisticsLine());
     painter.Logo(m_logo);

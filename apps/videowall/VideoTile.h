@@ -30,7 +30,8 @@ class VideoTile : public RendererPanel, public IRendererDrawOverlays {
 
   // GUI tick: takes and paints a new picture; whether there was one.
   bool ShowNewPicture();
-  // Paints again without a new picture (overlays changed, or no signal).
+  // Paints again without a new picture (overlays changed, or no signal); nothing while the
+  // tile is not on screen.
   void Repaint();
   // Once a second: the received and painted rates for the statistics line.
   void SampleRates(RateMeter::Clock::time_point now);
@@ -38,6 +39,8 @@ class VideoTile : public RendererPanel, public IRendererDrawOverlays {
   void SetRenderMode(RenderMode mode);
   void SetAspectRule(AspectRule rule);
   void SetOverlaysShown(bool shown);
+  // OSD position of the camera name, 1 (top left) to 9 (bottom right).
+  void SetNamePosition(int position);
   void SetSelected(bool selected);
   void ResetPtz();
 
@@ -73,6 +76,7 @@ class VideoTile : public RendererPanel, public IRendererDrawOverlays {
   PtzNavigator m_ptz;
   wxPoint m_dragFrom;
   bool m_overlaysShown = true;
+  int m_namePosition = 1;
   bool m_selected = false;
   bool m_unpainted = false;
   wxSize m_videoSize;

@@ -27,6 +27,7 @@ enum MenuId : int {
   kRenderMenu = wxID_HIGHEST + 200,   // + index in kRenderModes
   kAspectMenu = wxID_HIGHEST + 300,   // + index in kAspectRules
   kOpacityMenu = wxID_HIGHEST + 400,  // + index in kOpacities
+  kNameMenu = wxID_HIGHEST + 450,     // + OSD position - 1
   kOverlaysMenu = wxID_HIGHEST + 500,
   kFullScreenMenu,
   kResetZoomMenu,
@@ -51,6 +52,7 @@ WallFrame::WallFrame(const WallOptions& options, int* exitCode)
       m_exitCode(exitCode),
       m_layout(options.layout),
       m_renderMode(options.renderMode),
+      m_namePosition(options.namePosition),
       m_grid(new wxPanel(this)),
       m_screenshotPending(!options.screenshot.empty()) {
   const auto wait = std::chrono::seconds(15) + std::chrono::milliseconds(options.frames * 80);
@@ -99,6 +101,12 @@ wxMenu* WallFrame::MakeViewMenu() {
                              wxString::Format("%d %%", kOpacities[i] * 100 / 255));
   }
   view->AppendSubMenu(opacity, "Overlay &opacity");
+  auto* name = new wxMenu;
+  const char* places[] = {"Top left", "Top",         "Top right", "Left",        "Centre",
+                          "Right",    "Bottom left", "Bottom",    "Bottom right"};
+  for (int i = 0; i < 9; ++i) name->AppendRadioItem(kNameMenu + i, places[i]);
+  name->Check(kNameMenu + m_namePosition - 1, true);
+  view->AppendSubMenu(name, "Camera &name position");
   view->AppendCheckItem(kOverlaysMenu, "&Overlays\tCtrl+O")->Check(true);
   view->Append(kResetZoomMenu, "&Reset zoom of the selected tile\tCtrl+0");
   view->AppendSeparator();
@@ -123,6 +131,7 @@ void WallFrame::CreateTiles() {
     ApplyAspectRule(m_aspect, *tile->GetRenderer());
     tile->GetRenderer()->SetOpacity(m_opacity);
     tile->SetOverlaysShown(m_overlaysShown);
+    tile->SetNamePosition(m_namePosition);
     m_tiles.push_back(tile);
   }
   ArrangeTiles();
@@ -189,6 +198,11 @@ void WallFrame::SetOverlayOpacity(unsigned char opacity) {
   }
 }
 
+void WallFrame::SetNamePosition(int position) {
+  m_namePosition = position;
+  for (VideoTile* tile : m_tiles) tile->SetNamePosition(position);
+}
+
 void WallFrame::ToggleSolo(VideoTile* tile) {
   m_solo = m_solo == tile ? nullptr : tile;
   ArrangeTiles();
@@ -248,7 +262,7 @@ void WallFrame::OnMenu(wxCommandEvent& event) {
   }
 }
 
-// The radio groups: layout, render mode, aspect ratio, opacity.
+// The radio groups: layout, render mode, aspect ratio, opacity, name position.
 bool WallFrame::HandleChoiceMenu(int id) {
   const int layout = id - kLayoutMenu;
   if (layout >= 0 && layout < static_cast<int>(WallLayout::All().size())) {
@@ -259,6 +273,8 @@ bool WallFrame::HandleChoiceMenu(int id) {
     SetAspectRule(kAspectRules[id - kAspectMenu]);
   } else if (id >= kOpacityMenu && id < kOpacityMenu + 4) {
     SetOverlayOpacity(kOpacities[id - kOpacityMenu]);
+  } else if (id >= kNameMenu && id < kNameMenu + 9) {
+    SetNamePosition(id - kNameMenu + 1);
   } else {
     return false;
   }

@@ -41,6 +41,7 @@ class WallFrame : public wxFrame, public ITileListener {
   void SetAspectRule(AspectRule rule);
   void SetOverlaysShown(bool shown);
   void SetOverlayOpacity(unsigned char opacity);
+  void SetNamePosition(int position);
   // Shows `tile` alone, or the whole grid again when it already is alone.
   void ToggleSolo(VideoTile* tile);
 
@@ -84,6 +85,7 @@ class WallFrame : public wxFrame, public ITileListener {
   AspectRule m_aspect = AspectRule::Keep;
   bool m_overlaysShown = true;
   unsigned char m_opacity = 255;
+  int m_namePosition;
 
   wxPanel* m_grid;
   std::vector<VideoTile*> m_tiles;

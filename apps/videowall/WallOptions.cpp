@@ -12,6 +12,8 @@ void WallOptions::Describe(wxCmdLineParser& parser) {
   parser.AddOption("", "source", "a camera: file path, rtsp:// or http:// URL (repeatable)");
   parser.AddOption("", "sources", "a file of cameras, one path or URL a line");
   parser.AddOption("", "render-mode", "auto (default), opengl or software");
+  parser.AddOption("", "name-position", "where the camera name goes: 1 (top left, default) to 9",
+                   wxCMD_LINE_VAL_NUMBER);
   parser.AddOption("", "geometry", "window size and place: WIDTHxHEIGHT[+X+Y]");
   parser.AddOption("", "screenshot",
                    "play, write what the screen shows of the wall to this PNG, exit");
@@ -38,6 +40,12 @@ bool WallOptions::Read(const wxCmdLineParser& parser, WallOptions& options, wxSt
     error = "bad geometry " + value;
     return false;
   }
+  long position = options.namePosition;
+  if (parser.Found("name-position", &position) && (position < 1 || position > 9)) {
+    error = "the name position runs from 1 to 9";
+    return false;
+  }
+  options.namePosition = static_cast<int>(position);
   parser.Found("screenshot", &options.screenshot);
   parser.Found("frames", &options.frames);
   options.frames = std::max(1L, options.frames);

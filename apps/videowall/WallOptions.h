@@ -19,7 +19,8 @@ struct WallOptions {
   std::vector<std::string> sources;  // empty: synthetic cameras
   RenderMode renderMode = RENDER_MODE_AUTO;
   wxRect geometry{wxDefaultPosition, wxSize(1280, 800)};
-  wxString screenshot;  // empty: play until closed
+  wxString screenshot;   // empty: play until closed
+  int namePosition = 1;  // OSD position of the camera name, 1 (top left) to 9
   long frames = 30;
   bool selfCheck = false;
 

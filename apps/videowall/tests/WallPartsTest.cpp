@@ -134,7 +134,7 @@ TEST(WallOptionsTest, ParsesTheCommandLine) {
   WallOptions::Describe(parser);
   parser.SetCmdLine(
       "--layout 4x4 --source a.h264 --source rtsp://b --render-mode software "
-      "--screenshot out.png --frames 5 --self-check");
+      "--name-position 9 --screenshot out.png --frames 5 --self-check");
   ASSERT_EQ(0, parser.Parse(false));
   WallOptions options;
   wxString error;
@@ -145,4 +145,20 @@ TEST(WallOptionsTest, ParsesTheCommandLine) {
   EXPECT_EQ("out.png", options.screenshot);
   EXPECT_EQ(5, options.frames);
   EXPECT_TRUE(options.selfCheck);
+  EXPECT_EQ(9, options.namePosition);
+}
+
+TEST(WallOptionsTest, RejectsUnknownLayoutsModesAndNamePositions) {
+  const char* lines[] = {"--layout 5x5", "--render-mode directx", "--name-position 10",
+                         "--sources /nonexistent/list.txt"};
+  for (const char* line : lines) {
+    wxCmdLineParser parser;
+    WallOptions::Describe(parser);
+    parser.SetCmdLine(line);
+    ASSERT_EQ(0, parser.Parse(false)) << line;
+    WallOptions options;
+    wxString error;
+    EXPECT_FALSE(WallOptions::Read(parser, options, error)) << line;
+    EXPECT_FALSE(error.empty()) << line;
+  }
 }

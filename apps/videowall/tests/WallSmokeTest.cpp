@@ -7,6 +7,7 @@
 #include <decompressor/CSyntheticCamera.h>
 #include <gtest/gtest.h>
 
+#include "RendererInfoWindow.h"
 #include "TestEncoder.h"
 #include "TestMovieWriter.h"
 #include "WallFrame.h"
@@ -95,6 +96,20 @@ TEST_P(WallModeTest, DefaultWallShowsEveryCamera) {
       GetParam() != RENDER_MODE_SOFTWARE && Renderer::IsRenderModeSupported(RENDER_MODE_OPENGL);
   ExpectBackend(gl ? "OpenGL" : "Software");
   EXPECT_TRUE(wall->StatusText().StartsWith("Tiles: 9 |")) << wall->StatusText();
+}
+
+TEST_F(WallSmokeTest, RendererInformationDescribesEveryMode) {
+  OpenWall(WallOptions());
+  ASSERT_TRUE(PlayFrames(1));
+  const wxString text = RendererInfoWindow::Describe();
+  EXPECT_NE(wxString::npos, text.find("Auto (supported)")) << text;
+  EXPECT_NE(wxString::npos, text.find("Software (supported)")) << text;
+  const bool gl = Renderer::IsRenderModeSupported(RENDER_MODE_OPENGL);
+  EXPECT_NE(wxString::npos, text.find(gl ? "OpenGL (supported)" : "OpenGL (not supported)"));
+  if (!gl) return;
+  const wxString description = Renderer::GetRendererDesc(RENDER_MODE_OPENGL);
+  EXPECT_FALSE(description.empty());
+  EXPECT_NE(wxString::npos, text.find(description));
 }
 
 INSTANTIATE_TEST_SUITE_P(RenderModes, WallModeTest,
