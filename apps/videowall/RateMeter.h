@@ -10,7 +10,8 @@ class RateMeter {
  public:
   using Clock = std::chrono::steady_clock;
 
-  // The rate since the previous sample (0 on the first); remembers this one.
+  // The rate since the previous sample (0 on the first; the last rate when the count went
+  // back); remembers this one.
   double Sample(long long count, Clock::time_point now);
   double Rate() const { return m_rate; }
 

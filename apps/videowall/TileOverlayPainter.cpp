@@ -73,12 +73,22 @@ void TileOverlayPainter::Logo(IRendererImage* logo) {
   m_renderer.DrawImage(m_dc, logo, inner.GetRight() - size.x, inner.GetBottom() - size.y);
 }
 
-void TileOverlayPainter::NoSignal() {
+// Two labels rather than one of two lines: the GL back-end lays the lines of one label over
+// each other.
+void TileOverlayPainter::NoSignal(const wxString& location) {
   m_renderer.DrawRect(m_dc, m_picture, wxColour(110, 110, 110, 190));
   wxFontInfo info(14);
-  m_renderer.DrawLabel(m_dc, "No signal", wxFont(info.Family(wxFONTFAMILY_SWISS).Bold()),
-                       wxColour(255, 90, 90), Inner(), RendererBase::OsdPosToAlignment(5), false,
+  const wxFont font(info.Family(wxFONTFAMILY_SWISS).Bold());
+  const int half = m_renderer.GetLineHeight(font) / 2;
+  const int centre = RendererBase::OsdPosToAlignment(5);
+  const wxColour red(255, 90, 90);
+  const wxRect inner = Inner();
+  m_renderer.DrawLabel(m_dc, "No signal", font, red,
+                       wxRect(inner.x, inner.y - half, inner.width, inner.height), centre, false,
                        kLabelBackground);
+  m_renderer.DrawLabel(m_dc, location, LabelFont(true), red,
+                       wxRect(inner.x, inner.y + half + 2, inner.width, inner.height), centre,
+                       false, kLabelBackground);
 }
 
 void TileOverlayPainter::SelectionOutline() {

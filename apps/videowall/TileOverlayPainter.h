@@ -25,8 +25,8 @@ class TileOverlayPainter {
   void Timestamp(double seconds);
   void Statistics(const wxString& line);
   void Logo(IRendererImage* logo);
-  // Greys the picture and writes "No signal" across it.
-  void NoSignal();
+  // Greys the picture and writes "No signal" across it, with the source's location below.
+  void NoSignal(const wxString& location);
   void SelectionOutline();
 
  private:

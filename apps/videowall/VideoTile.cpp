@@ -119,6 +119,7 @@ wxString VideoTile::BackendName() const {
 }
 
 wxString VideoTile::StatisticsLine() const {
+  if (m_videoSize.x <= 0) return "no picture yet  " + BackendName();
   return wxString::Format("%dx%d  %.0f/%.0f fps  %s", m_videoSize.x, m_videoSize.y,
                           m_receivedRate.Rate(), m_paintedRate.Rate(), BackendName());
 }
@@ -127,7 +128,7 @@ void VideoTile::RendererDrawOverlays(IRenderer*, wxDC* dc) {
   if (m_unpainted) ++m_painted;
   m_unpainted = false;
   TileOverlayPainter painter(*GetRenderer(), dc, wxRect(GetClientSize()), PictureRect());
-  if (State() != FeedState::Playing) painter.NoSignal();
+  if (State() != FeedState::Playing) painter.NoSignal(m_feed->Location());
   if (m_overlaysShown) {
     painter.Name(m_name, m_namePosition);
     painter.Timestamp(m_pictureSeconds);
