@@ -1,7 +1,6 @@
 // VideoTile: hand-over from the feed, one paint per picture, overlays and PTZ gestures.
 #include "VideoTile.h"
 
-#include <decompressor/CDigitalPTZ.h>
 #include <decompressor/CDigitalPTZType.h>
 #include <wx/dcclient.h>
 
@@ -25,7 +24,9 @@ VideoTile::VideoTile(wxWindow* parent, const wxString& name, RenderMode mode,
   SetBackgroundColour(*wxBLACK);
   SetMinSize(wxSize(64, 36));
   GetRenderer()->SetDrawOverlaysHandler(this);
-  GetRenderer()->GetPtzType().Get()->SetMaxZoom(kMaxZoom);
+  m_ptzSetting.enabled = true;
+  m_ptzSetting.SetMaxZoom(kMaxZoom);
+  GetRenderer()->GetPtzType().Set(&m_ptzSetting);
   Bind(wxEVT_MOUSEWHEEL, &VideoTile::OnWheel, this);
   Bind(wxEVT_LEFT_DOWN, &VideoTile::OnLeftDown, this);
   Bind(wxEVT_MOTION, &VideoTile::OnMotion, this);
@@ -33,8 +34,11 @@ VideoTile::VideoTile(wxWindow* parent, const wxString& name, RenderMode mode,
   Bind(wxEVT_LEFT_DCLICK, &VideoTile::OnDoubleClick, this);
 }
 
-// The worker goes before the renderer and its window.
-VideoTile::~VideoTile() { m_feed.reset(); }
+// The worker goes before the renderer and its window, and the renderer gives the PTZ back.
+VideoTile::~VideoTile() {
+  m_feed.reset();
+  GetRenderer()->GetPtzType().Set(nullptr);
+}
 
 bool VideoTile::ShowNewPicture() {
   if (!IsShownOnScreen()) return false;
@@ -50,7 +54,7 @@ void VideoTile::CopyPicture(CDecompressor& decoder, double pictureSeconds) {
   int height = decoder.GetHeight();
   int format = PIXEL_FORMAT_I420;
   wxRect source(0, 0, width, height);
-  CDigitalPTZ* ptz = renderer->GetPtz();
+  CDigitalPTZ* ptz = &m_ptzSetting;
   m_videoSize = wxSize(width, height);
   renderer->NegotiateFormat(width, height, format, source, &decoder, ptz);
   if (!renderer->CopyFrame(decoder, width, height, format, source, ptz)) return;
@@ -138,11 +142,7 @@ void VideoTile::RendererDrawOverlays(IRenderer*, wxDC* dc) {
   if (m_selected) painter.SelectionOutline();
 }
 
-void VideoTile::ApplyPtz() {
-  CDigitalPTZ* ptz = GetRenderer()->GetPtzType().Get();
-  ptz->enabled = true;
-  ptz->SetPanTiltZoom(m_ptz.Pan(), m_ptz.Tilt(), m_ptz.Zoom());
-}
+void VideoTile::ApplyPtz() { m_ptzSetting.SetPanTiltZoom(m_ptz.Pan(), m_ptz.Tilt(), m_ptz.Zoom()); }
 
 wxRealPoint VideoTile::PicturePoint(const wxPoint& position) const {
   const wxRect picture = PictureRect();

@@ -5,12 +5,16 @@
 // NegotiateFormat and CopyFrame, and paints once: a GL back-end is rendered at once through a
 // client DC (its canvas covers the panel, so the panel's paint event cannot be relied on), a
 // software one through a refresh. It draws its overlays through the facade, turns wheel and
-// drag into digital PTZ on the renderer's own PTZ, and reports clicks to the wall. It never
+// drag into digital PTZ, and reports clicks to the wall. The PTZ is the tile's own, lent to
+// the renderer through its PTZ slot: a lent PTZ is shared with every back-end the facade
+// switches to, and outlives them, whereas a back-end's own PTZ goes with the back-end (a
+// fallback ending inside NegotiateFormat deletes it at once). It never
 // waits for its worker and shows no dialog; a lost source shows as "No signal".
 #pragma once
 
 #include <memory>
 
+#include <decompressor/CDigitalPTZ.h>
 #include <renderer/RendererPanel.h>
 
 #include "AspectRule.h"
@@ -74,6 +78,7 @@ class VideoTile : public RendererPanel, public IRendererDrawOverlays {
   ITileListener* m_listener;
   IRendererImage* m_logo;  // owned by the facade
   PtzNavigator m_ptz;
+  CDigitalPTZ m_ptzSetting;  // lent to the renderer
   wxPoint m_dragFrom;
   bool m_overlaysShown = true;
   int m_namePosition = 1;

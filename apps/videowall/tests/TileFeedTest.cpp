@@ -2,12 +2,17 @@
 // hand-over to the GUI side, a source that goes away and comes back, and stopping.
 #include <atomic>
 #include <chrono>
+#include <fstream>
+#include <iterator>
 #include <thread>
 
 #include <gtest/gtest.h>
 
+#include "MediaPacketSource.h"
 #include "SyntheticPacketSource.h"
+#include "TestHttpServer.h"
 #include "TileFeed.h"
+#include "WallMovie.h"
 
 using namespace std::chrono_literals;
 
@@ -91,4 +96,18 @@ TEST(TileFeedTest, StoppingEndsAReconnectWaitAtOnce) {
     ASSERT_TRUE(WaitFor([&] { return feed.State() == FeedState::NoSignal; }, 1s));
   }
   EXPECT_LT(std::chrono::steady_clock::now() - start, 900ms);
+}
+
+// A live stream that ends is a lost source: no signal, then the next connection plays again.
+TEST(TileFeedTest, AnHttpStreamThatEndsIsReconnectedAfterASecond) {
+  const std::string path = WallMovie::TempPath("wall-stream.ts");
+  ASSERT_TRUE(WallMovie::Write(path, 320, 240, 25));
+  std::ifstream file(path, std::ios::binary);
+  TestHttpServer server(std::vector<unsigned char>(std::istreambuf_iterator<char>(file), {}));
+  TileFeed feed(std::make_unique<MediaPacketSource>(server.Url("camera.ts")));
+  ASSERT_TRUE(WaitFor([&] { return feed.Received() >= 20; }, 10s));
+  ASSERT_TRUE(WaitFor([&] { return feed.State() == FeedState::NoSignal; }, 6s));
+  const long long firstConnection = feed.Received();
+  ASSERT_TRUE(WaitFor([&] { return feed.Received() >= firstConnection + 20; }, 6s));
+  std::remove(path.c_str());
 }

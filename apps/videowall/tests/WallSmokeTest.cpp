@@ -4,37 +4,17 @@
 #include <cstdio>
 #include <memory>
 
-#include <decompressor/CSyntheticCamera.h>
+#include <decompressor/CDigitalPTZ.h>
 #include <gtest/gtest.h>
 
 #include "RendererInfoWindow.h"
-#include "TestEncoder.h"
-#include "TestMovieWriter.h"
 #include "WallFrame.h"
+#include "WallMovie.h"
 #include "WxTest.h"
 
 namespace {
 
 constexpr int kPlayMs = 20000;
-
-// A short H.264 movie of the synthetic camera (one key frame a second of 25 pictures).
-bool WriteMovie(const std::string& path, int width, int height, int pictures) {
-  CSyntheticCamera camera(width, height, 25);
-  TestEncoder encoder("libx264", width, height, 25, true);
-  TestMovieWriter writer(path, encoder);
-  if (!writer.IsOpen()) return false;
-  for (int index = 0; index < pictures; ++index) {
-    camera.Render(index);
-    if (!encoder.Encode(camera.GetPlanes(), camera.GetPitches(), index)) return false;
-  }
-  if (!encoder.Finish()) return false;
-  for (const EncodedPacket& packet : encoder.Packets()) {
-    if (!writer.Write(packet)) return false;
-  }
-  return writer.Finish();
-}
-
-std::string TempPath(const std::string& name) { return testing::TempDir() + name; }
 
 }  // namespace
 
@@ -120,8 +100,8 @@ TEST_F(WallSmokeTest, FourByFourPlaysSixteenFileSources) {
   WallOptions options;
   ASSERT_TRUE(WallLayout::FromName("4x4", options.layout));
   for (int i = 0; i < 16; ++i) {
-    const std::string path = TempPath("wall-source-" + std::to_string(i) + ".mkv");
-    ASSERT_TRUE(WriteMovie(path, i % 2 ? 320 : 384, 240, 25)) << path;
+    const std::string path = WallMovie::TempPath("wall-source-" + std::to_string(i) + ".mkv");
+    ASSERT_TRUE(WallMovie::Write(path, i % 2 ? 320 : 384, 240, 25)) << path;
     options.sources.push_back(path);
   }
   OpenWall(options);
@@ -133,9 +113,9 @@ TEST_F(WallSmokeTest, FourByFourPlaysSixteenFileSources) {
 }
 
 TEST_F(WallSmokeTest, ALostSourceShowsNoSignalThenVideoAgain) {
-  const std::string path = TempPath("wall-lost.mkv");
-  const std::string away = TempPath("wall-lost-away.mkv");
-  ASSERT_TRUE(WriteMovie(path, 320, 240, 25));
+  const std::string path = WallMovie::TempPath("wall-lost.mkv");
+  const std::string away = WallMovie::TempPath("wall-lost-away.mkv");
+  ASSERT_TRUE(WallMovie::Write(path, 320, 240, 25));
   WallOptions options;
   ASSERT_TRUE(WallLayout::FromName("1", options.layout));
   options.sources = {path};
@@ -187,7 +167,7 @@ TEST_F(WallSmokeTest, DoubleClickShowsATileAloneAndAgainTheWall) {
   for (VideoTile* tile : wall->Tiles()) EXPECT_TRUE(tile->IsShown());
 }
 
-TEST_F(WallSmokeTest, WheelZoomsThroughTheRenderersPtzAndRightClickResets) {
+TEST_F(WallSmokeTest, WheelZoomsThroughTheRenderersPtzAcrossBackEndsAndRightClickResets) {
   WallOptions options;
   ASSERT_TRUE(WallLayout::FromName("1", options.layout));
   OpenWall(options);
@@ -203,9 +183,45 @@ TEST_F(WallSmokeTest, WheelZoomsThroughTheRenderersPtzAndRightClickResets) {
   ASSERT_TRUE(PlayFrames(3));
   wxString report;
   EXPECT_FALSE(EveryTileShowsItsCamera(report)) << "the zoomed picture looks unzoomed";
+  wall->SetRenderModeForAll(RENDER_MODE_SOFTWARE);  // the zoom stays across back-ends
+  EXPECT_TRUE(tile->GetRenderer()->GetPtz()->IsActive());
+  ASSERT_TRUE(PlayFrames(3));
+  EXPECT_FALSE(EveryTileShowsItsCamera(report)) << "the zoom was lost with the back-end";
   wxMouseEvent right(wxEVT_RIGHT_DOWN);
   tile->ProcessWindowEvent(right);
   EXPECT_FALSE(tile->GetRenderer()->GetPtz()->IsActive());
   ASSERT_TRUE(PlayFrames(3));
   EXPECT_TRUE(EveryTileShowsItsCamera(report)) << report;
+}
+
+TEST_F(WallSmokeTest, ViewSettingsReachEveryTilesRenderer) {
+  WallOptions options;
+  ASSERT_TRUE(WallLayout::FromName("2x2", options.layout));
+  OpenWall(options);
+  ASSERT_TRUE(PlayFrames(1));
+  wall->SetAspectRule(AspectRule::Stretch);
+  for (VideoTile* tile : wall->Tiles()) {
+    EXPECT_EQ(wxRect(tile->GetClientSize()), tile->PictureRect()) << tile->GetName();
+  }
+  wall->SetAspectRule(AspectRule::FourThree);
+  for (VideoTile* tile : wall->Tiles()) {
+    const wxRect picture = tile->PictureRect();
+    EXPECT_NEAR(4.0 / 3.0, static_cast<double>(picture.width) / picture.height, 0.02);
+  }
+  wall->SetOverlayOpacity(64);
+  for (VideoTile* tile : wall->Tiles()) EXPECT_EQ(64, tile->GetRenderer()->GetOpacity());
+}
+
+TEST_F(WallSmokeTest, AFallbackToSoftwareIsNamedAsSuch) {
+  const bool gl = Renderer::IsRenderModeSupported(RENDER_MODE_OPENGL);
+  WallOptions options;
+  ASSERT_TRUE(WallLayout::FromName("1", options.layout));
+  options.renderMode = RENDER_MODE_OPENGL;
+  OpenWall(options);
+  ASSERT_TRUE(PlayFrames(1));
+  VideoTile* tile = wall->Tiles().front();
+  tile->GetRenderer()->ForceSoftwareMode(true);
+  EXPECT_EQ(gl ? "Software (fallback)" : "Software", tile->BackendName());
+  ASSERT_TRUE(PlayFrames(2));  // the next negotiation finds the picture fit for OpenGL again
+  EXPECT_EQ(gl ? "OpenGL" : "Software", tile->BackendName());
 }
