@@ -4,7 +4,6 @@
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
 #include <wx/utils.h>
-#include <wx/window.h>
 
 #include <cstdint>
 #include <cstring>
@@ -34,11 +33,6 @@ void UnpackRow(const XImage& shown, int row, unsigned char* rgb) {
 }
 
 }  // namespace
-
-wxImage ScreenCapture::Grab(wxWindow* window) {
-  const wxPoint origin = window->ClientToScreen(wxPoint(0, 0));
-  return GrabScreen(wxRect(origin, window->GetClientSize()));
-}
 
 wxImage ScreenCapture::GrabScreen(const wxRect& rect) {
   Display* display = wxGetX11Display();

@@ -33,7 +33,6 @@ class WallFrame : public wxFrame, public ITileListener {
   const std::vector<VideoTile*>& Tiles() const { return m_tiles; }
   VideoTile* SoloTile() const { return m_solo; }
   VideoTile* SelectedTile() const { return m_selected; }
-  const WallLayout& Layout() const { return m_layout; }
 
   // The operations behind the menus, also for tests.
   void SetLayout(const WallLayout& layout);

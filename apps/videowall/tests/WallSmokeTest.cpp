@@ -150,10 +150,14 @@ TEST_F(WallSmokeTest, RenderModeSwitchesWhilePlaying) {
   EXPECT_TRUE(EveryTileShowsItsCamera(report)) << report;
 }
 
-TEST_F(WallSmokeTest, DoubleClickShowsATileAloneAndAgainTheWall) {
+TEST_F(WallSmokeTest, ClickSelectsAndDoubleClickShowsATileAloneAndAgainTheWall) {
   OpenWall(WallOptions());
   ASSERT_TRUE(PlayFrames(2));
   VideoTile* chosen = wall->Tiles()[4];
+  wxMouseEvent press(wxEVT_LEFT_DOWN);
+  wall->Tiles()[0]->ProcessWindowEvent(press);
+  chosen->ProcessWindowEvent(press);
+  EXPECT_EQ(chosen, wall->SelectedTile()) << "a click selects its tile";
   wxMouseEvent click(wxEVT_LEFT_DCLICK);
   click.SetEventObject(chosen);
   chosen->ProcessWindowEvent(click);
