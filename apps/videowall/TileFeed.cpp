@@ -38,7 +38,7 @@ void TileFeed::Run() {
     if (Connect()) Play();
     m_source->Close();
     if (IsStopping()) return;
-    m_state = FeedState::NoSignal;
+    SetState(FeedState::NoSignal);
     SleepUntil(std::chrono::steady_clock::now() + m_backoff.Next());
   }
 }
@@ -76,8 +76,8 @@ void TileFeed::Decode(const MediaPacket_t& packet) {
   }
   ++m_received;
   m_lastPicture = std::chrono::steady_clock::now();
-  if (m_state != FeedState::Playing) m_backoff.Reset();
-  m_state = FeedState::Playing;
+  if (State() != FeedState::Playing) m_backoff.Reset();
+  SetState(FeedState::Playing);
 }
 
 bool TileFeed::IsStalled() const {

@@ -46,7 +46,7 @@ class TileFeed {
   // `copy` under the lock and returns true; otherwise returns false at once.
   bool TakePicture(const PictureTaker& copy);
 
-  FeedState State() const { return m_state; }
+  FeedState State() const { return static_cast<FeedState>(m_state.load()); }
   long long Received() const { return m_received; }
   long long Dropped() const { return m_dropped; }
   std::string Location() const { return m_location; }
@@ -61,6 +61,7 @@ class TileFeed {
   // Waits until `due`; false when the feed is stopping.
   bool SleepUntil(std::chrono::steady_clock::time_point due);
   bool IsStopping() const { return m_stopping; }
+  void SetState(FeedState state) { m_state = static_cast<int>(state); }
 
   std::unique_ptr<IPacketSource> m_source;
   const std::string m_location;
@@ -73,7 +74,9 @@ class TileFeed {
   bool m_fresh = false;
   double m_secondsPerTick = 0;
 
-  std::atomic<FeedState> m_state{FeedState::Connecting};
+  // A FeedState, held as an int: GCC 12's ThreadSanitizer build reads a std::atomic of an enum
+  // class from a wrong address.
+  std::atomic<int> m_state{static_cast<int>(FeedState::Connecting)};
   std::atomic<long long> m_received{0};
   std::atomic<long long> m_dropped{0};
 
