@@ -66,7 +66,7 @@ WallFrame::WallFrame(const WallOptions& options, int* exitCode)
   m_frameTimer.Bind(wxEVT_TIMER, &WallFrame::OnFrameTick, this);
   m_statusTimer.Bind(wxEVT_TIMER, &WallFrame::OnStatusTick, this);
   m_captureTimer.Bind(wxEVT_TIMER, &WallFrame::OnCaptureTick, this);
-  m_frameTimer.Start(kTickMs);
+  m_frameTimer.StartOnce(kTickMs);
   m_statusTimer.Start(1000);
 }
 
@@ -218,8 +218,11 @@ void WallFrame::OnTileDoubleClicked(VideoTile* tile) {
   CallAfter([this, tile] { ToggleSolo(tile); });
 }
 
+// Re-armed after the work rather than periodic, so that a wall too big for the machine still
+// leaves the toolkit a pause for its own painting (menus, status bar) between ticks.
 void WallFrame::OnFrameTick(wxTimerEvent&) {
   for (VideoTile* tile : m_tiles) tile->ShowNewPicture();
+  m_frameTimer.StartOnce(kTickMs);
   if (m_screenshotPending && IsReadyForScreenshot()) {
     m_screenshotPending = false;
     m_captureTimer.StartOnce(300);  // lets the last paints reach the screen
