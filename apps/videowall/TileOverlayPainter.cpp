@@ -56,12 +56,18 @@ void TileOverlayPainter::Name(const wxString& name, int osdPosition) {
                        RendererBase::OsdPosToAlignment(osdPosition), false, kLabelBackground);
 }
 
+// Left out where it would crowd the name (small tiles of big walls).
 void TileOverlayPainter::Timestamp(double seconds) {
-  m_renderer.DrawLabel(m_dc, ClockText(seconds), LabelFont(false), wxColour(255, 255, 160), Inner(),
+  const wxString text = ClockText(seconds);
+  if (m_renderer.MeasureText(text, LabelFont(false)).x * 2 > Inner().width) return;
+  m_renderer.DrawLabel(m_dc, text, LabelFont(false), wxColour(255, 255, 160), Inner(),
                        RendererBase::OsdPosToAlignment(3), false, kLabelBackground);
 }
 
+// Left out where it would not fit beside the logo.
 void TileOverlayPainter::Statistics(const wxString& line) {
+  const int logoRoom = 40;
+  if (m_renderer.MeasureText(line, LabelFont(false)).x + logoRoom > Inner().width) return;
   m_renderer.DrawLabel(m_dc, line, LabelFont(false), wxColour(200, 255, 200), Inner(),
                        RendererBase::OsdPosToAlignment(7), false, kLabelBackground);
 }

@@ -4,7 +4,8 @@
 // the selected tile.
 //
 // Labels sit on the top and bottom edges of the picture, leaving its middle (where the
-// screenshot check samples) free. It holds no state between paints and decides nothing about
+// screenshot check samples) free; the time and statistics are left out of pictures too small
+// for them. It holds no state between paints and decides nothing about
 // what to show: the tile does.
 #pragma once
 
