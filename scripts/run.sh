@@ -7,10 +7,11 @@ cd "$(dirname "$0")/.."
 bash scripts/setup.sh
 cmake -S . -B build -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
 cmake --build build -j"$(nproc)" --target videowall
+program=build/apps/videowall/videowall
 if [ -n "${DISPLAY:-}" ]; then
-  exec build/apps/videowall "$@"
+  exec "$program" "$@"
 fi
 if [ $# -eq 0 ]; then
   set -- --screenshot "$PWD/build/videowall.png"
 fi
-exec xvfb-run -a -s "-screen 0 1280x1024x24 +extension GLX -noreset" build/apps/videowall "$@"
+exec xvfb-run -a -s "-screen 0 1920x1080x24 +extension GLX -noreset" "$program" "$@"
