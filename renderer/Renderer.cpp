@@ -361,7 +361,10 @@ void Renderer::SoftwareFallback(bool toSoftware) {
   } else {
     CopySettings(m_renderer, m_primaryRenderer);
     DeleteImages(m_renderer);
-    delete m_renderer;
+    // Not deleted at once: the way back is taken inside NegotiateFormat, and a host commonly
+    // holds the PTZ (or another object) the facade handed out from the software back-end
+    // across that call into CopyFrame. It goes at the next idle time, like a replaced one.
+    ScheduleDeletion(m_renderer);
     m_renderer = m_primaryRenderer;
   }
   ShowChildren(!toSoftware);

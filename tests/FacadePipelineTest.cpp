@@ -537,6 +537,22 @@ TEST_F(Pipeline, FallbackClearsThePrimaryFrameAndKeepsItsSettingsOnReturn) {
   EXPECT_EQ(wxRect(1, 2, 30, 40), primary->GetDestinationRect());
 }
 
+// A host takes the PTZ in effect before negotiating and passes it on to CopyFrame; the
+// negotiation may end the fallback, and the software back-end's PTZ must still be there.
+TEST_F(Pipeline, PtzTakenBeforeTheWayBackStaysValidThroughTheFrame) {
+  Negotiate(320, 240, PIXEL_FORMAT_I420);
+  facade->ForceSoftwareMode(true);
+  CDigitalPTZ* ptz = facade->GetPtz();
+  ptz->SetPanTiltZoom(0.5f, 0.25f, 1.0f);
+  RecordingDecoder decoder;
+  const Negotiated n = Negotiate(320, 240, PIXEL_FORMAT_I420, &decoder, ptz);
+  ASSERT_FALSE(n.inFallback);
+  EXPECT_FALSE(ptz->IsActive());
+  EXPECT_TRUE(facade->CopyFrame(decoder, n.width, n.height, n.format, n.source, ptz));
+  EXPECT_EQ(ptz, decoder.images.at(0).ptz);
+  PumpEvents();  // the software back-end goes now
+}
+
 TEST_F(Pipeline, EveryChildOfTheParentIsHiddenInFallbackAndShownOnReturn) {
   auto* first = new wxWindow(tile, wxID_ANY, wxPoint(0, 0), wxSize(10, 10));
   auto* second = new wxWindow(tile, wxID_ANY, wxPoint(20, 0), wxSize(10, 10));
