@@ -49,6 +49,15 @@ Backend Expected(int mode, GLState gl, bool videoOutput) {
   return Backend::Native;
 }
 
+std::string SelectionCaseName(
+    const ::testing::TestParamInfo<std::tuple<int, GLState, bool>>& info) {
+  const char* gl[] = {"GLRecommended", "GLSupportedOnly", "GLUnsupported"};
+  const int mode = std::get<0>(info.param);
+  return (mode < 0 ? "ModeMinus" + std::to_string(-mode) : "Mode" + std::to_string(mode)) + "_" +
+         gl[static_cast<int>(std::get<1>(info.param))] +
+         (std::get<2>(info.param) ? "_VideoOutput" : "_NoVideoOutput");
+}
+
 class Selection : public FacadeTest,
                   public ::testing::WithParamInterface<std::tuple<int, GLState, bool>> {};
 
@@ -83,13 +92,7 @@ INSTANTIATE_TEST_SUITE_P(
                        ::testing::Values(GLState::RecommendedAndSupported, GLState::SupportedOnly,
                                          GLState::Unsupported),
                        ::testing::Bool()),
-    [](const ::testing::TestParamInfo<std::tuple<int, GLState, bool>>& info) {
-      const char* gl[] = {"GLRecommended", "GLSupportedOnly", "GLUnsupported"};
-      const int mode = std::get<0>(info.param);
-      return (mode < 0 ? "ModeMinus" + std::to_string(-mode) : "Mode" + std::to_string(mode)) +
-             "_" + gl[static_cast<int>(std::get<1>(info.param))] +
-             (std::get<2>(info.param) ? "_VideoOutput" : "_NoVideoOutput");
-    });
+    SelectionCaseName);
 
 // A back-end that counts its own deletion.
 class CountedBackend : public TestBackend {
