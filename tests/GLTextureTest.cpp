@@ -140,18 +140,6 @@ TEST_F(Textures, FrameThatCannotBeLaidOutIsRefused) {
   EXPECT_FALSE(renderer->HasFrame());
 }
 
-// With a texture limit as large as a driver may report, a frame within it whose RGBA bytes
-// pass the largest int is still refused.
-TEST_F(Textures, FrameWhoseBytesOverflowAnIntIsRefused) {
-  GLTestRenderer* renderer = MakeCurrentRenderer(false);
-  const ScopedValue<wxSize> limit(OpenGLRenderer::m_maxTextureSize, wxSize(65536, 65536));
-  unsigned char* planes[3] = {};
-  int pitches[3] = {};
-  EXPECT_FALSE(renderer->GetFrameBuffer(40000, 20000, PIXEL_FORMAT_RGBA32, planes, pitches));
-  EXPECT_TRUE(renderer->m_textures.empty());
-  EXPECT_TRUE(renderer->m_frameBuffer.empty());
-}
-
 // Whether the tile is inside its scrolled windows is asked of the X server (a round trip per
 // frame) only when there is a scrolled window around it.
 TEST_F(Textures, TileWithoutScrolledWindowsAsksTheServerNothing) {
