@@ -13,8 +13,10 @@
 #include <wx/scrolwin.h>
 #include <wx/tooltip.h>
 
+#include "CurrentContextScope.h"
 #include "FragmentPrograms.h"
 #include "GLEntryPoints.h"
+#include "GLErrors.h"
 #include "InternalGLCanvas.h"
 #include "NativeWindow.h"
 #include "OpenGLImage.h"
@@ -30,11 +32,6 @@ constexpr const char* kSource = "renderer/OpenGLRenderer";
 bool m_alwaysSetCurrent = false;
 // Live renderers; the shared canvas and context go when it falls back to 0.
 int RendererCount = 0;
-
-wxString GLString(unsigned int name) {
-  const GLubyte* text = glGetString(name);
-  return text ? wxString::FromUTF8(reinterpret_cast<const char*>(text)) : wxString();
-}
 
 // Whether the implementation accepts a texture of this size and format, asked through the
 // proxy target so that nothing is allocated.
@@ -59,23 +56,32 @@ constexpr int kLineOffsetY[3][3] = {{1, 0, 1}, {1, 0, 1}, {-1, 0, -1}};
 
 int Direction(int from, int to) { return to < from ? 0 : (to == from ? 1 : 2); }
 
-// Vertices sit half a pixel up and left of the integer point (x, y).
-void VertexMinusHalf(int x, int y) {
-  glVertex2f(static_cast<float>(x) - 0.5f, static_cast<float>(y) - 0.5f);
+// Vertices sit half a pixel up and left of the integer point (x, y). Host geometry arrives as
+// ints that may lie near the int limits; corners are summed in double, where no sum of two ints
+// overflows, and GL clips whatever lies off the canvas.
+void VertexMinusHalf(double x, double y) { glVertex2d(x - 0.5, y - 0.5); }
+
+// Ring `ring` of an outline (0 the outermost): the pixel centres of the outermost rows and
+// columns of the rectangle pulled in by `ring` on every side, closed back to its start.
+void OutlineRing(const wxRect& rect, int ring) {
+  const double left = static_cast<double>(rect.x) + ring + 0.5;
+  const double top = static_cast<double>(rect.y) + ring + 0.5;
+  const double right = static_cast<double>(rect.x) + rect.width - ring - 1.5;
+  const double bottom = static_cast<double>(rect.y) + rect.height - ring - 1.5;
+  glVertex2d(left, top);
+  glVertex2d(right, top);
+  glVertex2d(right, bottom);
+  glVertex2d(left, bottom);
+  glVertex2d(left, top);
 }
 
-// One ring of an outline: the pixel centres of the rectangle's outermost rows and columns,
-// closed back to its start.
-void OutlineRing(const wxRect& rect) {
-  const float left = static_cast<float>(rect.x) + 0.5f;
-  const float top = static_cast<float>(rect.y) + 0.5f;
-  const float right = static_cast<float>(rect.x + rect.width) - 1.5f;
-  const float bottom = static_cast<float>(rect.y + rect.height) - 1.5f;
-  glVertex2f(left, top);
-  glVertex2f(right, top);
-  glVertex2f(right, bottom);
-  glVertex2f(left, bottom);
-  glVertex2f(left, top);
+// The rings an outline of `width` can show in `rect`: past half the smaller side a ring turns
+// inside out and only repaints pixels the inner rings lit (a width of INT_MAX would otherwise
+// loop for ever). A degenerate rectangle keeps its one ring, as it always had.
+int VisibleRings(const wxRect& rect, int width) {
+  const long long smaller = std::min(rect.width, rect.height);
+  const long long half = std::max(1LL, (smaller + 1) / 2);
+  return static_cast<int>(std::min<long long>(width, half));
 }
 
 template <typename Deleter>
@@ -179,7 +185,9 @@ int OpenGLRenderer::StaticInit(OpenGLRenderer* renderer) {
   driver.acceptsSquareTexture = [](int side) {
     return ProxyTextureFits(GL_RGBA, side, side, GL_RGBA);
   };
-  driver.string = GLString;
+  driver.string = [](unsigned int name) {
+    return DriverString(reinterpret_cast<const char*>(glGetString(name)));
+  };
   driver.entryPoints = &GLEntryPoints::Get();
   return Probe(renderer, driver);
 }
@@ -261,6 +269,16 @@ bool OpenGLRenderer::IsRecommendedRenderer(const wxString& renderer) {
          !renderer.Contains("GDI Generic");
 }
 
+// Drivers are not bound to UTF-8: a vendor name in Latin-1 would convert to nothing and leave
+// an empty capability line (and an empty renderer name always passes the recommendation), so
+// bytes that are not UTF-8 are taken as Latin-1, which keeps every one of them.
+wxString OpenGLRenderer::DriverString(const char* bytes) {
+  if (!bytes) return wxString();
+  const wxString text = wxString::FromUTF8(bytes);
+  if (!text.empty() || !*bytes) return text;
+  return wxString(bytes, wxConvISO8859_1);
+}
+
 void OpenGLRenderer::SwitchToMultipleContexts() {
   AppendRendererDesc(RENDER_MODE_OPENGL,
                      "OpenGL Information - Switching to multiple contexts due to known driver "
@@ -291,7 +309,8 @@ OpenGLRenderer::OpenGLRenderer(wxWindow* parent)
       m_textureSize(0, 0),
       m_hardwareSurface(nullptr),
       m_texturePixelFormat(PIXEL_FORMAT_NONE),
-      m_activeOverlayFont(nullptr) {
+      m_activeOverlayFont(nullptr),
+      m_inOverlayPass(false) {
   ++RendererCount;
   if (GetIsSupported()) {
     m_canvas = CreateCanvas();
@@ -309,13 +328,14 @@ OpenGLRenderer::OpenGLRenderer(wxWindow* parent)
 // until then.
 OpenGLRenderer::~OpenGLRenderer() {
   const ShownWhileAlive parentShown(m_parent);
-  SetCurrent();
-  DeleteTextures();
-  ResetOverlayFonts();
-  CleanupOverlayFonts();
-  // The images' textures go while this context is still current; after it is gone their
-  // deletion would reach no context and leave them in the share group.
-  DeleteImages();
+  WithShareGroupCurrent([this] {
+    DeleteTextures();
+    ResetOverlayFonts();
+    CleanupOverlayFonts();
+    // The images' textures go while this context still exists; after it is gone their
+    // deletion would reach no context and leave them in the share group.
+    DeleteImages();
+  });
   m_parentSize.reset();
   if (m_context == m_sharedContext) m_context = nullptr;
   --RendererCount;
@@ -481,11 +501,22 @@ void OpenGLRenderer::ClearToParentBackground() {
 }
 
 bool OpenGLRenderer::ClearFrame() {
-  if (!m_textures.empty()) {
-    SetCurrent();
-    DeleteTextures();
-  }
+  if (!m_textures.empty()) WithShareGroupCurrent([this] { DeleteTextures(); });
   return RendererBase::ClearFrame();
+}
+
+// A delete acts on the current context's objects: with none current the names would stay in the
+// share group for good, with a host's own context current that context's objects of the same
+// names would go instead. SetCurrent will not do, as it leaves a hidden canvas alone (and a
+// tile's canvas is hidden while the software back-end stands in for it), so the renderer's
+// context is made current on its canvas, shown or not, and what was current before comes back.
+void OpenGLRenderer::WithShareGroupCurrent(const std::function<void()>& release) {
+  if (!m_context || !m_canvas) {
+    release();  // no context was ever made, so no name either: only the lists go
+    return;
+  }
+  const CurrentContextScope current(*m_context, *m_canvas);
+  release();
 }
 
 // ---- Frame upload: textures, pixel buffers and programs --------------------------------------
@@ -672,7 +703,10 @@ bool OpenGLRenderer::IsHardwareDecompSupported() { return true; }
 // every texture and every lent pitch of this renderer has had that margin, and it stays. The
 // height is padded only up to a power of two, and only without non-power-of-two support.
 wxSize OpenGLRenderer::DetermineTextureSize(int width, int height) {
-  const int paddedWidth = width + 8 - width % 8;
+  // Summed wider and clamped: an image's width near the int limit must not overflow here (the
+  // proxy then refuses the texture).
+  const long long padded = static_cast<long long>(width) + 8 - width % 8;
+  const int paddedWidth = static_cast<int>(std::min<long long>(padded, INT_MAX));
   if (m_isNonPow2Supported) return wxSize(paddedWidth, height);
   return wxSize(PowerOfTwoAtLeast(paddedWidth), PowerOfTwoAtLeast(height));
 }
@@ -687,7 +721,11 @@ bool OpenGLRenderer::IsModeSupported(int width, int height, int format) {
 
 // The parent's screen rectangle inflated by its client size less its full size (which pulls
 // it in by the borders), against every scrolled window from the parent itself to the top.
+// Asking for a screen position is a round trip to the X server, so nothing is asked unless a
+// scrolled window is around the tile at all (the common tile has none, and this runs for
+// every frame).
 bool OpenGLRenderer::IsInsideScrolledWindows() const {
+  if (!HasScrolledAncestor()) return true;
   const wxSize full = m_parent->GetSize();
   const wxSize client = m_parent->GetClientSize();
   wxRect area(m_parent->GetScreenPosition(), full);
@@ -703,10 +741,20 @@ bool OpenGLRenderer::IsInsideScrolledWindows() const {
   return true;
 }
 
+bool OpenGLRenderer::HasScrolledAncestor() const {
+  for (const wxWindow* window = m_parent; window; window = window->GetParent()) {
+    if (window->IsKindOf(wxCLASSINFO(wxScrolledWindow))) return true;
+  }
+  return false;
+}
+
 // The proxy refuses silently as a rule, so a refusal is logged only when GL reports an error.
-// A texture without a pixel buffer is still usable: a failed buffer does not fail the texture.
+// With pixel-buffer support a texture comes with its buffer or not at all: the frame path pairs
+// buffers with planes by index, and a missing one would give the planes after it the wrong
+// buffers (and the last plane none).
 bool OpenGLRenderer::CreateTexture(int width, int height, int internalFormat, unsigned int format,
                                    int bufferSize, bool rectangular) {
+  DrainGLErrors();
   if (!ProxyTextureFits(internalFormat, width, height, format)) {
     LogPendingGLError("CreateTexture", "Failed to create texture. Texture size too big.");
     return false;
@@ -722,23 +770,32 @@ bool OpenGLRenderer::CreateTexture(int width, int height, int internalFormat, un
   glTexParameteri(target, GL_TEXTURE_WRAP_T, GL_CLAMP);
   glTexImage2D(target, 0, internalFormat, width, height, 0, format, GL_UNSIGNED_BYTE, nullptr);
   if (LogPendingGLError("CreateTexture", "Failed to create texture")) return false;
+  if (m_isPixelBufferSupported && !CreatePixelBuffer(bufferSize)) return false;
   m_textures.push_back(texture.Release());
   m_textureTargets[m_textures.back()] = target;
-  if (m_isPixelBufferSupported) CreatePixelBuffer(bufferSize);
   return true;
 }
 
-void OpenGLRenderer::CreatePixelBuffer(int bufferSize) {
-  const GLEntryPoints& gl = GLEntryPoints::Get();
+unsigned int OpenGLRenderer::GeneratePixelBufferName() {
   GLuint buffer = 0;
-  gl.GenBuffers(1, &buffer);
-  if (!buffer) {
+  GLEntryPoints::Get().GenBuffers(1, &buffer);
+  return buffer;
+}
+
+bool OpenGLRenderer::CreatePixelBuffer(int bufferSize) {
+  const GLEntryPoints& gl = GLEntryPoints::Get();
+  PendingName buffer(GeneratePixelBufferName(), gl.DeleteBuffers);
+  if (!buffer.Get()) {
     LogPendingGLError("CreateTexture", "Failed to create pixel buffer");
-    return;
+    return false;
   }
-  const BoundUnpackBuffer bound(buffer);
-  gl.BufferData(GL_PIXEL_UNPACK_BUFFER, bufferSize, nullptr, GL_STREAM_DRAW);
-  m_pixelBuffers.push_back(buffer);
+  {
+    const BoundUnpackBuffer bound(buffer.Get());
+    gl.BufferData(GL_PIXEL_UNPACK_BUFFER, bufferSize, nullptr, GL_STREAM_DRAW);
+  }
+  if (LogPendingGLError("CreateTexture", "Failed to create pixel buffer")) return false;
+  m_pixelBuffers.push_back(buffer.Release());
+  return true;
 }
 
 // The layout follows the renderer's current pixel format, which the frame path has just set
@@ -783,8 +840,27 @@ unsigned int OpenGLRenderer::GetPixelBufferId(unsigned long index) {
   return index < m_pixelBuffers.size() ? m_pixelBuffers[index] : 0;
 }
 
+// A frame this renderer cannot lay out in textures is refused before anything is set up: a side
+// below 1 would give empty or negative pitches and plane offsets, a side beyond the texture limit
+// no texture, and byte counts past an int no buffer of the right size.
+bool OpenGLRenderer::CanLayOut(int width, int height, int format) {
+  if (width < 1 || height < 1) return false;
+  if (width > m_maxTextureSize.x || height > m_maxTextureSize.y) return false;
+  const TextureLayout* layout = LayoutOf(format);
+  if (!layout) return true;
+  const wxSize size = DetermineTextureSize(width, height);
+  const long long texels = static_cast<long long>(size.x) * size.y;
+  long long bytes = texels * layout->clientNumerator / layout->clientDenominator;
+  for (int plane = 0; plane < layout->planes; ++plane) {
+    const PlaneShape& shape = layout->shapes[plane];
+    bytes = std::max(bytes, texels * shape.bufferNumerator / shape.bufferDenominator);
+  }
+  return bytes <= INT_MAX;
+}
+
 bool OpenGLRenderer::GetFrameBuffer(int width, int height, int format, unsigned char** planes,
                                     int* pitches) {
+  if (!CanLayOut(width, height, format)) return false;
   // The textures are this renderer's: made and filled in its own context. Another tile's
   // context shares the names, but Mesa's rasteriser crashes drawing a texture that a second
   // context re-specified or filled meanwhile.
@@ -824,12 +900,17 @@ bool OpenGLRenderer::MapPixelBuffers(unsigned char** planes, int* pitches) {
   return true;
 }
 
-// The planes follow each other at the offsets the decoder's own layout of a `height`-row frame
-// has (not the texture height); YV12 keeps its plane order here and is exchanged at flush.
 void OpenGLRenderer::LendClientMemory(int height, unsigned char** planes, const int* pitches) {
   const TextureLayout* layout = LayoutOf(m_pixelFormat);
   const size_t texels = static_cast<size_t>(m_textureSize.x) * m_textureSize.y;
   ResizeBuffer(layout ? texels * layout->clientNumerator / layout->clientDenominator : 0);
+  LayOutClientPlanes(height, planes, pitches);
+}
+
+// The planes follow each other at the offsets the decoder's own layout of a `height`-row frame
+// has (not the texture height); YV12 keeps its plane order here and is exchanged at flush.
+void OpenGLRenderer::LayOutClientPlanes(int height, unsigned char** planes, const int* pitches) {
+  const TextureLayout* layout = LayoutOf(m_pixelFormat);
   planes[0] = m_frameBuffer.data();
   for (int plane = 1; plane < PlaneCount(layout); ++plane) {
     // height x pitch, divided after the product: an odd height leaves half a row of room.
@@ -839,9 +920,21 @@ void OpenGLRenderer::LendClientMemory(int height, unsigned char** planes, const 
   }
 }
 
-// The whole texture is uploaded each time; what lies beyond the video is never shown.
+// The whole texture is uploaded each time; what lies beyond the video is never shown. A caller
+// may hand back no arrays at all, as the other back-ends allow: the planes are then the ones
+// this renderer lent, laid out again from its own frame buffer.
 bool OpenGLRenderer::FlushFrameBuffer(unsigned char** planes, int* pitches) {
   SetCurrent();  // the upload runs in the context that made the textures, as GetFrameBuffer
+  unsigned char* lent[3] = {};
+  int lentPitches[3] = {};
+  if (!planes || !pitches) {
+    planes = lent;
+    pitches = lentPitches;
+    if (m_pixelBuffers.empty() && !m_frameBuffer.empty()) {
+      SetPitches(lentPitches);
+      LayOutClientPlanes(m_height, lent, lentPitches);
+    }
+  }
   if (m_pixelFormat == PIXEL_FORMAT_YV12) std::swap(planes[1], planes[2]);
   if (m_pixelBuffers.empty()) {
     UploadFromClientMemory(planes);
@@ -869,7 +962,9 @@ void OpenGLRenderer::UploadFramePlane(size_t plane, const unsigned char* data) {
 
 void OpenGLRenderer::UploadFromClientMemory(unsigned char** planes) {
   const size_t count = std::min<size_t>(m_textures.size(), PlaneCount(LayoutOf(m_pixelFormat)));
-  for (size_t plane = 0; plane < count; ++plane) UploadFramePlane(plane, planes[plane]);
+  for (size_t plane = 0; plane < count; ++plane) {
+    if (planes[plane]) UploadFramePlane(plane, planes[plane]);
+  }
 }
 
 // Each upload reads from offset 0 of the plane's own buffer, with no copy through client memory.
@@ -915,6 +1010,7 @@ bool OpenGLRenderer::BeginHardwareImage(int width, int height, int format,
                                         HardwareImageInfo& info) {
   unsigned char* planes[3] = {};
   int pitches[3] = {};
+  if (!CanLayOut(width, height, format)) return false;
   if (!RendererBase::GetFrameBuffer(width, height, format, planes, pitches)) return false;
   if (!CreateTextures(width, height, format)) return false;
   if (!m_hardwareSurface || m_textures.empty()) return false;
@@ -934,6 +1030,7 @@ void OpenGLRenderer::EndHardwareImage(HardwareImageInfo&) {
 // Without fragment-program support there is nothing to compile with.
 bool OpenGLRenderer::LoadShader(const char* text, int length) {
   if (!m_isShaderSupported) return false;
+  DrainGLErrors();
   const GLEntryPoints& gl = GLEntryPoints::Get();
   GLuint name = 0;
   gl.GenProgramsARB(1, &name);
@@ -975,19 +1072,20 @@ namespace {
 template <typename Coordinate>
 void TexturedQuad(const wxRect& destination, float left, float top, float right, float bottom,
                   Coordinate coordinate) {
-  const float x0 = static_cast<float>(destination.x);
-  const float y0 = static_cast<float>(destination.y);
-  const float x1 = static_cast<float>(destination.x + destination.width - 1);
-  const float y1 = static_cast<float>(destination.y + destination.height - 1);
+  // In double: a destination near the int limits must not overflow its far edge.
+  const double x0 = destination.x;
+  const double y0 = destination.y;
+  const double x1 = x0 + destination.width - 1;
+  const double y1 = y0 + destination.height - 1;
   glBegin(GL_QUADS);
   coordinate(left, top);
-  glVertex2f(x0, y0);
+  glVertex2d(x0, y0);
   coordinate(right, top);
-  glVertex2f(x1, y0);
+  glVertex2d(x1, y0);
   coordinate(right, bottom);
-  glVertex2f(x1, y1);
+  glVertex2d(x1, y1);
   coordinate(left, bottom);
-  glVertex2f(x0, y1);
+  glVertex2d(x0, y1);
   glEnd();
 }
 
@@ -1099,28 +1197,31 @@ void OpenGLRenderer::PositionYV12Texture(float left, float top, float right, flo
 // fails, so its unmap ends this one and the upload carries the copied pixels.
 IRendererImage* OpenGLRenderer::DoCreateImage(const wxImage& image) {
   SetActiveOverlayFont(nullptr);
-  if (!image.IsOk()) return new OpenGLImage(0, 0, wxDefaultSize, wxDefaultSize);
+  if (!image.IsOk()) return new OpenGLImage(this, 0, 0, wxDefaultSize, wxDefaultSize);
   const wxSize textureSize = DetermineTextureSize(image.GetWidth(), image.GetHeight());
   const int bytes = TextureBytes(textureSize, 4, 1);
   const size_t buffersBefore = m_pixelBuffers.size();
   if (!CreateTexture(textureSize.x, textureSize.y, GL_RGBA, GL_RGBA, bytes, false)) {
-    return new OpenGLImage(0, 0, wxDefaultSize, wxDefaultSize);
+    return new OpenGLImage(this, 0, 0, wxDefaultSize, wxDefaultSize);
   }
   const GLuint texture = TakeLast(m_textures);
   GLuint buffer = 0;
   unsigned char* destination = nullptr;
+  // Never the frame buffer: a frame may be lent out of it right now, and resizing it would
+  // shrink it under the decoder's planes or move it away from them.
+  std::vector<unsigned char> scratch;
   if (m_pixelBuffers.size() > buffersBefore) {
     buffer = TakeLast(m_pixelBuffers);
     destination = BoundUnpackBuffer(buffer).MapWriteOnly();
   } else {
-    ResizeBuffer(static_cast<unsigned long>(bytes));
-    destination = m_frameBuffer.data();
+    scratch.resize(static_cast<size_t>(bytes));
+    destination = scratch.data();
   }
   if (destination) {
     CopyImage(image, destination, textureSize.x * 4, false);
     UpdateTexture(texture, buffer, textureSize.x, textureSize.y, GL_RGBA, destination, bytes);
   }
-  return new OpenGLImage(texture, buffer, image.GetSize(), textureSize);
+  return new OpenGLImage(this, texture, buffer, image.GetSize(), textureSize);
 }
 
 // Images run to one past their last texel (w / tw), unlike the video's last-texel coordinates;
@@ -1136,8 +1237,10 @@ void OpenGLRenderer::DrawImage(wxDC*, IRendererImage* image, int x, int y) {
                   wxRect(x, y, size.x, size.y));
 }
 
-// Every bitmap draw makes and deletes a texture of its own.
+// Every bitmap draw makes and deletes a texture of its own. An invalid bitmap is ignored: the
+// toolkit asserts on converting one.
 void OpenGLRenderer::DrawBitmap(wxDC* dc, wxBitmap bitmap, int x, int y) {
+  if (!bitmap.IsOk()) return;
   IRendererImage* image = CreateImage(bitmap.ConvertToImage());
   DrawImage(dc, image, x, y);
   DeleteImage(image);
@@ -1153,7 +1256,9 @@ void OpenGLRenderer::DrawOverlays(wxDC* dc) {
   ResetOverlayFonts();
   glEnable(GL_BLEND);
   glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+  m_inOverlayPass = true;
   RendererBase::DrawOverlays(dc);
+  m_inOverlayPass = false;
   glDisable(GL_BLEND);
   SetActiveOverlayFont(nullptr);
   CleanupOverlayFonts();
@@ -1162,7 +1267,7 @@ void OpenGLRenderer::DrawOverlays(wxDC* dc) {
 // Measuring may make glyphs, so the context must be current.
 wxSize OpenGLRenderer::MeasureText(const wxString& text, wxFont font) {
   wxGLFont* glFont = GetOverlayFont(font);
-  SetActiveOverlayFont(glFont);
+  UseOverlayFont(glFont);
   float width = 0.0f;
   float height = 0.0f;
   glFont->MeasureText(text, width, height);
@@ -1175,31 +1280,69 @@ void OpenGLRenderer::DoDrawLabel(wxDC* dc, const wxString& text, wxFont font, wx
                                  wxRect rect, int alignment, bool scale, wxColour background) {
   if (scale) font = GetScaledFont(font, text, wxPoint(rect.x, rect.y));
   wxGLFont* glFont = GetOverlayFont(font);
-  SetActiveOverlayFont(glFont);
+  UseOverlayFont(glFont);
   const wxPoint position = GetTextLocation(font, text, rect, alignment);
   if (background.IsOk()) {
     RendererBase::DrawRect(dc, wxRect(position, MeasureText(text, font)), background);
   }
+  if (!SetColour(colour)) return;
   glEnable(GL_TEXTURE_2D);
-  SetColour(colour);
   glFont->WriteText(text, position.x - 0.5f, position.y - 0.5f, 0.0f);
   glDisable(GL_TEXTURE_2D);
 }
 
-void OpenGLRenderer::SetColour(const wxColour& colour) {
+// The largest point size, from the font's own down to 1, at which the text fits the render client
+// area from `origin`. Stepping down a point at a time and measuring with glyph fonts built an
+// atlas for every size tried (a 300-point label in a small tile took seconds per paint), so the
+// size is bisected instead, over extents measured without glyphs: only the size finally used
+// gets an atlas, when the label is drawn. The search relies on a smaller size never measuring
+// wider or taller, which holds for the toolkit's fonts.
+wxFont OpenGLRenderer::GetScaledFont(wxFont font, const wxString& text, wxPoint origin) {
+  if (!font.IsOk() || font.GetPointSize() <= 1) return font;
+  const wxSize client = GetRenderClientSize();
+  const auto fits = [&font, &text, origin, client](int points) {
+    wxFont sized = font;
+    sized.SetPointSize(points);
+    const wxSize extent = wxGLFont::MeasureWithoutGlyphs(sized, text);
+    // Summed wider: an origin near the int limit must not wrap round and seem to fit.
+    return static_cast<long long>(origin.x) + extent.x <= client.x &&
+           static_cast<long long>(origin.y) + extent.y <= client.y;
+  };
+  if (fits(font.GetPointSize())) return font;
+  int low = 1;  // the answer when no size fits
+  int high = font.GetPointSize() - 1;
+  while (low < high) {
+    const int middle = low + (high - low + 1) / 2;
+    if (fits(middle)) {
+      low = middle;
+    } else {
+      high = middle - 1;
+    }
+  }
+  font.SetPointSize(low);
+  return font;
+}
+
+// An invalid colour (wxNullColour) has no channels to ask for (the toolkit asserts on it); the
+// primitive asking is then not drawn at all.
+bool OpenGLRenderer::SetColour(const wxColour& colour) {
+  if (!colour.IsOk()) return false;
   glColor4f(Unit(colour.Red()), Unit(colour.Green()), Unit(colour.Blue()), Unit(colour.Alpha()));
+  return true;
 }
 
 // Corners half a pixel up and left of the integer corners, so the quad covers exactly the
 // rectangle's pixels.
 void OpenGLRenderer::DoDrawRect(wxDC*, wxRect rect, wxColour colour) {
-  SetColour(colour);
+  if (!SetColour(colour)) return;
+  const double right = static_cast<double>(rect.x) + rect.width;
+  const double bottom = static_cast<double>(rect.y) + rect.height;
   glLineWidth(1.0f);
   glBegin(GL_QUADS);
   VertexMinusHalf(rect.x, rect.y);
-  VertexMinusHalf(rect.x + rect.width, rect.y);
-  VertexMinusHalf(rect.x + rect.width, rect.y + rect.height);
-  VertexMinusHalf(rect.x, rect.y + rect.height);
+  VertexMinusHalf(right, rect.y);
+  VertexMinusHalf(right, bottom);
+  VertexMinusHalf(rect.x, bottom);
   glEnd();
 }
 
@@ -1207,20 +1350,18 @@ void OpenGLRenderer::DoDrawRect(wxDC*, wxRect rect, wxColour colour) {
 // rings are joined by a diagonal step at the top left and the loop closes from the innermost
 // ring back to the outermost.
 void OpenGLRenderer::DoDrawRectOutline(wxDC*, wxRect rect, wxColour colour, int width) {
-  SetColour(colour);
+  if (!SetColour(colour)) return;
   glLineWidth(1.0f);
   glBegin(GL_LINE_LOOP);
-  for (int ring = 0; ring < width; ++ring) {
-    OutlineRing(rect);
-    rect.Inflate(-1, -1);
-  }
+  const int rings = VisibleRings(rect, width);
+  for (int ring = 0; ring < rings; ++ring) OutlineRing(rect, ring);
   glEnd();
 }
 
 // Thin lines are GL lines; wider ones are quads whose far edge is offset by the full width in
 // the direction the table gives. The quad path leaves the GL line width alone.
 void OpenGLRenderer::DoDrawLine(wxDC*, wxPoint from, wxPoint to, wxColour colour, int width) {
-  SetColour(colour);
+  if (!SetColour(colour)) return;
   if (width < 2) {
     glLineWidth(1.0f);
     glBegin(GL_LINES);
@@ -1231,12 +1372,13 @@ void OpenGLRenderer::DoDrawLine(wxDC*, wxPoint from, wxPoint to, wxColour colour
   }
   const int row = Direction(from.y, to.y);
   const int column = Direction(from.x, to.x);
-  const wxPoint offset(kLineOffsetX[row][column] * width, kLineOffsetY[row][column] * width);
+  const double offsetX = static_cast<double>(kLineOffsetX[row][column]) * width;
+  const double offsetY = static_cast<double>(kLineOffsetY[row][column]) * width;
   glBegin(GL_QUADS);
   VertexMinusHalf(from.x, from.y);
   VertexMinusHalf(to.x, to.y);
-  VertexMinusHalf(to.x + offset.x, to.y + offset.y);
-  VertexMinusHalf(from.x + offset.x, from.y + offset.y);
+  VertexMinusHalf(to.x + offsetX, to.y + offsetY);
+  VertexMinusHalf(from.x + offsetX, from.y + offsetY);
   glEnd();
 }
 
@@ -1292,18 +1434,26 @@ wxGLFont* OpenGLRenderer::GetOverlayFont(wxFont font) {
   return UseFont(m_overlayFonts, font, [this, &font] { return CreateGLFont(font); });
 }
 
+// A glyph font's pages are deleted with it, so it goes with this renderer's context current.
 void OpenGLRenderer::ReleaseGLFont(wxGLFont* glFont) {
   if (!glFont) return;
   if (glFont == m_activeOverlayFont) SetActiveOverlayFont(nullptr);
   FontReference* shared = GetFontReference(m_sharedFonts, glFont->GetFont());
   if (!shared) {
-    delete glFont;
+    WithShareGroupCurrent([glFont] { delete glFont; });
     return;
   }
   if (--shared->refCount == 0) {
     const wxFont font = *shared->font;  // the entry goes with the removal
-    RemoveFontReference(m_sharedFonts, font);
+    WithShareGroupCurrent([&font] { RemoveFontReference(m_sharedFonts, font); });
   }
+}
+
+// Only a pass ends the bracket it opens: a font used outside one (a host measuring a label before
+// it paints) is used without a bracket, as nothing would close it, and the page it left bound
+// would be taken for bound in every other renderer's context.
+void OpenGLRenderer::UseOverlayFont(wxGLFont* glFont) {
+  if (m_inOverlayPass) SetActiveOverlayFont(glFont);
 }
 
 void OpenGLRenderer::SetActiveOverlayFont(wxGLFont* glFont) {

@@ -85,6 +85,9 @@ class OpenGLRenderer : public wxEvtHandler, public RendererBase {
   // With `check`, whether the canvas is shown; without, always true.
   bool IsContextReady(bool check);
   bool HasContext();
+  // Runs `release` with this renderer's context current on its canvas, shown or not, and makes
+  // current again what was current before: every GL name of the renderer is deleted this way.
+  void WithShareGroupCurrent(const std::function<void()>& release);
 
   void OnSize(wxSizeEvent& event);
   void UpdateViewport(wxRect rect);
@@ -98,6 +101,7 @@ class OpenGLRenderer : public wxEvtHandler, public RendererBase {
   bool GetIsSupported() override;
   void DrawOverlays(wxDC* dc) override;
   wxSize MeasureText(const wxString& text, wxFont font) override;
+  wxFont GetScaledFont(wxFont font, const wxString& text, wxPoint origin) override;
   void DoDrawLabel(wxDC* dc, const wxString& text, wxFont font, wxColour textColour, wxRect rect,
                    int alignment, bool scale, wxColour background) override;
   void DoDrawRect(wxDC* dc, wxRect rect, wxColour colour) override;
@@ -197,6 +201,8 @@ class OpenGLRenderer : public wxEvtHandler, public RendererBase {
   void ReleaseGLFont(wxGLFont* glFont);
   // Makes `glFont` the font inside its Begin/End bracket, ending the previous one's.
   void SetActiveOverlayFont(wxGLFont* glFont);
+  // Makes `glFont` the active font during an overlay pass; outside one, does nothing.
+  void UseOverlayFont(wxGLFont* glFont);
   // Start of an overlay pass: no font of this renderer has been used yet.
   void ResetOverlayFonts();
   // End of an overlay pass: releases the fonts this renderer did not use in it.
@@ -224,6 +230,10 @@ class OpenGLRenderer : public wxEvtHandler, public RendererBase {
   static wxSize FindMaxTextureSize(const std::function<bool(int side)>& accepts, wxSize previous);
   // Whether a GL_RENDERER string names an implementation that may be chosen automatically.
   static bool IsRecommendedRenderer(const wxString& renderer);
+  // A driver string's bytes as text: UTF-8, or Latin-1 where they are not UTF-8; empty for null.
+  static wxString DriverString(const char* bytes);
+  // A new buffer name, 0 when none could be generated.
+  virtual unsigned int GeneratePixelBufferName();
 
   // Replaces this renderer's context and canvas with new ones, the context becoming the new
   // share partner of the process; the hook for a driver that needs a context per renderer.
@@ -262,12 +272,14 @@ class OpenGLRenderer : public wxEvtHandler, public RendererBase {
   // Fonts used in this renderer's overlay passes, and the one inside its Begin/End bracket.
   std::vector<FontReference*> m_overlayFonts;
   wxGLFont* m_activeOverlayFont;
+  bool m_inOverlayPass;  // between the start and the end of DrawOverlays' host callback
 
  private:
   // Appends the capability lines for the flags and the given driver strings.
   static void AppendCapabilities(const wxString& vendor, const wxString& renderer,
                                  const wxString& version);
-  static void SetColour(const wxColour& colour);
+  // Sets the GL colour; false (and nothing set) for an invalid colour.
+  static bool SetColour(const wxColour& colour);
   // Sets the pitches of the current format's planes for the texture size.
   void SetPitches(int* pitches);
   // Maps every pixel buffer into `planes`; on a failed mapping unmaps them all and fails.
@@ -282,7 +294,14 @@ class OpenGLRenderer : public wxEvtHandler, public RendererBase {
   // into the bound pixel-unpack buffer, if any).
   void UploadPlane(unsigned int texture, int width, int height, unsigned int format,
                    const unsigned char* data);
-  void CreatePixelBuffer(int bufferSize);
+  // Appends a pixel buffer of `bufferSize` bytes; false (and nothing appended) on failure.
+  bool CreatePixelBuffer(int bufferSize);
+  // Whether a frame of these sides and format can be laid out in textures and lent.
+  bool CanLayOut(int width, int height, int format);
+  // The lent client-memory planes of a `height`-row frame, from the frame buffer as it is.
+  void LayOutClientPlanes(int height, unsigned char** planes, const int* pitches);
+  // Whether a scrolled window is the parent or one of its ancestors.
+  bool HasScrolledAncestor() const;
   // Whether the parent's client area lies wholly inside every scrolled window around it.
   bool IsInsideScrolledWindows() const;
   void MirrorParentToolTip();

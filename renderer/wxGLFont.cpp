@@ -8,6 +8,8 @@
 #include <wx/dcmemory.h>
 #include <wx/image.h>
 
+#include "GLErrors.h"
+
 namespace {
 
 // Keeps GL_UNPACK_ALIGNMENT at 1 while glyph rows (as narrow as 2 bytes) are uploaded, and
@@ -25,6 +27,15 @@ class TightUnpackRows {
  private:
   GLint m_previous = 4;
 };
+
+// One character's extent as the glyph rasteriser takes it: the bounds the toolkit reports for
+// drawing it, 0 x 0 for a character that draws nothing.
+wxSize GlyphExtent(wxDC& dc, wchar_t c) {
+  static const wxBitmap noImage;
+  wxRect bounds;
+  dc.DrawLabel(wxString(c), noImage, wxRect(0, 0, 0, 0), 0, -1, &bounds);
+  return bounds.width > 0 && bounds.height > 0 ? bounds.GetSize() : wxSize(0, 0);
+}
 
 void SetColourBias(float bias) {
   glPixelTransferf(GL_RED_BIAS, bias);
@@ -50,9 +61,11 @@ wxGLFont::~wxGLFont() {
   m_textures.clear();
 }
 
+// A glyph too big for the old pages may fit the new ones.
 void wxGLFont::SetTextureSize(wxSize textureSize) {
   m_textureWidth = textureSize.x;
   m_textureHeight = textureSize.y;
+  m_neverFits.clear();
 }
 
 void wxGLFont::Begin() { m_inBegin = true; }
@@ -62,10 +75,17 @@ void wxGLFont::End() {
   m_inBegin = false;
 }
 
+// Always binds: one font serves renderers whose contexts each keep bindings of their own, so
+// what this font bound last (in whichever context) says nothing about the current one.
 void wxGLFont::BindTexture(unsigned int id) {
-  if (id == m_boundTexture) return;
   m_boundTexture = id;
   glBindTexture(GL_TEXTURE_2D, id);
+}
+
+unsigned int wxGLFont::CurrentBinding() {
+  GLint bound = 0;
+  glGetIntegerv(GL_TEXTURE_BINDING_2D, &bound);
+  return static_cast<unsigned int>(bound);
 }
 
 const wxFont& wxGLFont::GetFont() const { return m_font; }
@@ -76,19 +96,36 @@ CharacterInfo_t* wxGLFont::GetCharacter(wchar_t c) {
 }
 
 // A glyph goes on the newest page; when it does not fit there a new page is made. A glyph
-// bigger than a whole page fails every time and leaves one empty page behind per request.
+// bigger than a whole page would fail on every page: it is remembered as such, so that later
+// requests neither rasterise it again nor make a new, forever empty page each time.
 CharacterInfo_t* wxGLFont::GetOrCreateCharacter(wchar_t c) {
   if (CharacterInfo_t* glyph = GetCharacter(c)) return glyph;
+  if (m_neverFits.count(c)) return nullptr;
+  wxSize size;
+  if (!RasteriseGlyph(c, size)) return nullptr;
+  if (!FitsAnEmptyPage(size)) {
+    m_neverFits.insert(c);
+    return nullptr;
+  }
   if (!m_textures.empty()) {
-    if (CharacterInfo_t* glyph = CreateCharacter(c, m_textures.rbegin()->second.get())) {
+    if (CharacterInfo_t* glyph = PlaceGlyph(c, size, m_textures.rbegin()->second.get())) {
       return glyph;
     }
   }
   TextureInfo_t* page = CreateTexture();
-  return page ? CreateCharacter(c, page) : nullptr;
+  return page ? PlaceGlyph(c, size, page) : nullptr;
+}
+
+bool wxGLFont::FitsAnEmptyPage(wxSize size) const {
+  if (size.x <= 0) return true;  // draws nothing, takes no room
+  const unsigned int width = BlockSize(static_cast<unsigned int>(size.x));
+  const unsigned int height = BlockSize(static_cast<unsigned int>(size.y));
+  return width <= static_cast<unsigned int>(m_textureWidth) &&
+         height <= static_cast<unsigned int>(m_textureHeight);
 }
 
 TextureInfo_t* wxGLFont::CreateTexture() {
+  DrainGLErrors();  // the check below is about this page alone
   auto page = std::make_unique<TextureInfo_t>(
       TextureInfo_t{0, static_cast<unsigned int>(m_textureWidth),
                     static_cast<unsigned int>(m_textureHeight), 0, 0});
@@ -123,15 +160,12 @@ bool wxGLFont::RasteriseGlyph(wchar_t c, wxSize& size) {
       m_glyphBitmap.GetHeight() != m_textureHeight) {
     if (!m_glyphBitmap.Create(m_textureWidth, m_textureHeight, 24)) return false;
   }
-  static const wxBitmap noImage;
   wxMemoryDC dc(m_glyphBitmap);
   dc.SetBackground(wxBrush(wxColour(0, 0, 0, 255), wxBRUSHSTYLE_SOLID));
   dc.Clear();
   dc.SetTextForeground(wxColour(255, 255, 255, 255));
   dc.SetFont(m_font);
-  wxRect bounds;
-  dc.DrawLabel(wxString(c), noImage, wxRect(0, 0, 0, 0), 0, -1, &bounds);
-  size = bounds.width > 0 && bounds.height > 0 ? bounds.GetSize() : wxSize(0, 0);
+  size = GlyphExtent(dc, c);
   return true;
 }
 
@@ -154,6 +188,10 @@ void wxGLFont::UploadGlyph(TextureInfo_t* page, unsigned int blockWidth, unsigne
 CharacterInfo_t* wxGLFont::CreateCharacter(wchar_t c, TextureInfo_t* page) {
   wxSize size;
   if (!RasteriseGlyph(c, size)) return nullptr;
+  return PlaceGlyph(c, size, page);
+}
+
+CharacterInfo_t* wxGLFont::PlaceGlyph(wchar_t c, wxSize size, TextureInfo_t* page) {
   const unsigned int w = static_cast<unsigned int>(size.x);
   const unsigned int h = static_cast<unsigned int>(size.y);
   if (w > 0) {
@@ -205,10 +243,25 @@ void wxGLFont::MeasureText(const wxString& text, float& width, float& height) {
   if (!m_inBegin) BindTexture(0);
 }
 
+// The characters are drawn on a bitmap of one pixel, which is all the extents need.
+wxSize wxGLFont::MeasureWithoutGlyphs(const wxFont& font, const wxString& text) {
+  wxBitmap scratch(1, 1, 24);
+  wxMemoryDC dc(scratch);
+  dc.SetFont(font);
+  wxSize size(0, 0);
+  for (wxUniChar c : text) {
+    const wxSize extent = GlyphExtent(dc, static_cast<wchar_t>(c.GetValue()));
+    size.x += extent.x;
+    size.y = std::max(size.y, extent.y);
+  }
+  return size;
+}
+
 // One quad per glyph, one pass per page: the page bound on entry (if used) goes first without a
 // rebind, the others follow in order of first use. The pen advances over every glyph in every
 // pass, so glyphs of different pages keep their places.
 void wxGLFont::WriteText(const wxString& text, float x, float y, float z) {
+  m_boundTexture = CurrentBinding();  // the current context's, not the last one this font used
   std::vector<const CharacterInfo_t*> glyphs;
   std::vector<unsigned int> pages;
   for (wxUniChar c : text) {

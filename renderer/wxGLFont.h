@@ -11,6 +11,7 @@
 
 #include <map>
 #include <memory>
+#include <set>
 
 #include <wx/bitmap.h>
 #include <wx/font.h>
@@ -65,6 +66,9 @@ class wxGLFont {
 
   // Sum of the glyph widths and the tallest glyph height; creates glyphs as needed.
   void MeasureText(const wxString& text, float& width, float& height);
+  // The same measure of `text` in `font` from the toolkit alone: no glyph, page or GL call is
+  // made. Unlike MeasureText it also counts characters too big for a page.
+  static wxSize MeasureWithoutGlyphs(const wxFont& font, const wxString& text);
 
   // Draws `text` with the first glyph's top-left corner at (x, y), depth z, y growing down.
   void WriteText(const wxString& text, float x, float y, float z);
@@ -77,6 +81,13 @@ class wxGLFont {
   // Side of the texel block a glyph of `size` pixels is uploaded in: the smallest power of two
   // that holds it, never below 2.
   static unsigned int BlockSize(unsigned int size);
+
+  // The texture bound to GL_TEXTURE_2D in the current context.
+  static unsigned int CurrentBinding();
+  // Whether a glyph of `size` pixels (as rasterised) fits a page of the current page size.
+  bool FitsAnEmptyPage(wxSize size) const;
+  // Puts the glyph just rasterised (of `size` pixels) on `page`; null when it does not fit.
+  CharacterInfo_t* PlaceGlyph(wchar_t c, wxSize size, TextureInfo_t* page);
 
   // Rasterises one character on the scratch bitmap; returns its measured size (0 x 0 if it
   // draws nothing) or false when the bitmap cannot be made.
@@ -91,4 +102,5 @@ class wxGLFont {
   bool m_inBegin;
   std::map<unsigned int, std::unique_ptr<TextureInfo_t>> m_textures;
   std::map<wchar_t, std::unique_ptr<CharacterInfo_t>> m_characters;
+  std::set<wchar_t> m_neverFits;  // glyphs bigger than a page at the current page size
 };

@@ -2,7 +2,10 @@
 // renderers, making contexts current, the destruction orders and shared-context mode.
 #include <GL/gl.h>
 
+#include <algorithm>
+
 #include <renderer/InternalGLCanvas.h>
+#include <renderer/OpenGLImage.h>
 
 #include "GLTest.h"
 
@@ -66,6 +69,14 @@ class Lifecycle : public GLTest {
   static const void* ContextOf(GLTestRenderer* renderer) {
     renderer->SetCurrent();
     return CurrentContext();
+  }
+
+  // A texture made in the renderer's context and listed among its frame textures.
+  static GLuint GiveFrameTexture(GLTestRenderer* renderer) {
+    renderer->SetCurrent();
+    const GLuint texture = MakeTexture(kTextureColour);
+    renderer->m_textures.push_back(texture);
+    return texture;
   }
 
   // Paints `renderer` and checks that it drew its tile's colour everywhere.
@@ -219,9 +230,7 @@ TEST_F(Lifecycle, RendererAfterAllWereDestroyedStartsANewCycleWithoutProbing) {
 TEST_F(Lifecycle, DestroyingARendererWhoseParentIsHidden) {
   GLTestRenderer* renderer = MakeRenderer();
   GLTestRenderer* witness = MakeRenderer(secondTile);
-  renderer->SetCurrent();
-  const GLuint texture = MakeTexture(kTextureColour);
-  renderer->m_textures.push_back(texture);
+  const GLuint texture = GiveFrameTexture(renderer);
   tile->Hide();
   std::vector<bool> shows;
   auto onShow = [&shows](wxShowEvent& event) {
@@ -235,6 +244,50 @@ TEST_F(Lifecycle, DestroyingARendererWhoseParentIsHidden) {
   EXPECT_FALSE(tile->IsShown());
   witness->SetCurrent();
   EXPECT_EQ(GL_FALSE, glIsTexture(texture)) << "the clean-up ran with a context current";
+}
+
+// Deletes run in the renderer's share group whatever the host has current, also while the
+// renderer's canvas is hidden (as while the software back-end stands in for it): the host's
+// own context keeps its objects of the same names, and is current again afterwards.
+TEST_F(Lifecycle, DeletesOfAHiddenRendererSpareTheHostsContext) {
+  GLTestRenderer* renderer = MakeRenderer();
+  const GLuint texture = GiveFrameTexture(renderer);
+  auto* image = dynamic_cast<OpenGLImage*>(renderer->CreateImage(wxImage(8, 8)));
+  ASSERT_NE(nullptr, image);
+  const GLuint imageTexture = image->GetTexture();
+  renderer->m_canvas->Hide();
+  auto* hostCanvas = new wxGLCanvas(secondTile, wxID_ANY, nullptr, wxPoint(0, 0), wxSize(40, 30));
+  ASSERT_TRUE(ShowAndWaitForPaint(hostCanvas));
+  wxGLContext hostContext(hostCanvas);
+  ASSERT_TRUE(hostContext.SetCurrent(*hostCanvas));
+  const void* host = CurrentContext();
+  std::vector<GLuint> hostTextures;
+  while (hostTextures.size() <= std::max(texture, imageTexture)) {
+    hostTextures.push_back(MakeTexture(kTextureColour));
+  }
+  renderer->ClearFrame();
+  renderer->DeleteImage(image);
+  EXPECT_EQ(host, CurrentContext());
+  for (const GLuint name : hostTextures) EXPECT_TRUE(glIsTexture(name)) << "host texture " << name;
+  renderer->m_canvas->Show();
+  renderer->SetCurrent();
+  EXPECT_FALSE(glIsTexture(texture));
+  EXPECT_FALSE(glIsTexture(imageTexture));
+}
+
+// With no context current at all, a renderer with a hidden canvas still deletes its objects
+// (they would otherwise stay in the share group the other renderers keep alive), and leaves
+// no context current.
+TEST_F(Lifecycle, DestroyingAHiddenRendererWithNoContextCurrentDeletesItsObjects) {
+  GLTestRenderer* renderer = MakeRenderer();
+  GLTestRenderer* witness = MakeRenderer(secondTile);
+  const GLuint texture = GiveFrameTexture(renderer);
+  renderer->m_canvas->Hide();
+  ReleaseCurrentContext();
+  DestroyRenderer(renderer);
+  EXPECT_EQ(nullptr, CurrentContext());
+  witness->SetCurrent();
+  EXPECT_FALSE(glIsTexture(texture));
 }
 
 TEST_F(Lifecycle, ShownParentIsNotShownAgainDuringCleanUp) {

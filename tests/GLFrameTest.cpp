@@ -139,6 +139,19 @@ GLTestRenderer* GLFrameTest::MakeCurrentRenderer(bool pixelBuffers) {
   return NoGLError();
 }
 
+::testing::AssertionResult GLFrameTest::WrittenFrameIsShown(GLTestRenderer* renderer,
+                                                            const FramePicture& picture,
+                                                            unsigned char** planes, int* pitches) {
+  picture.Write(planes, pitches);
+  if (!renderer->FlushFrameBuffer(planes, pitches)) {
+    return ::testing::AssertionFailure() << "FlushFrameBuffer failed";
+  }
+  wxImage expected;
+  const ::testing::AssertionResult made = Expected(renderer, picture, &expected);
+  if (!made) return made;
+  return ImagesNear(PaintFrame(renderer), expected, kYuvConversionTolerance, TestName());
+}
+
 wxImage GLFrameTest::PaintFrame(GLTestRenderer* renderer) {
   const wxImage drawn = Paint(renderer);
   EXPECT_TRUE(NoGLError()) << "after the paint";

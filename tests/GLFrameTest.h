@@ -58,6 +58,11 @@ class GLFrameTest : public GLTest {
   // Hands `picture` over as the decoder would: GetFrameBuffer, writing the lent planes,
   // FlushFrameBuffer; no GL error may be left.
   ::testing::AssertionResult Feed(GLTestRenderer* renderer, const FramePicture& picture);
+  // Writes `picture` into planes the renderer lent, flushes them and paints: the picture must
+  // be what the tile shows.
+  ::testing::AssertionResult WrittenFrameIsShown(GLTestRenderer* renderer,
+                                                 const FramePicture& picture,
+                                                 unsigned char** planes, int* pitches);
   // Paints the renderer and returns what it drew; no GL error may be left.
   wxImage PaintFrame(GLTestRenderer* renderer);
   // What the tile must show with `picture` drawn where the renderer places its frame now.

@@ -2,6 +2,8 @@
 // the pixels drawn and on the cache entries.
 #include <GL/gl.h>
 
+#include <cstring>
+
 #include <renderer/wxGLFont.h>
 
 #include "GLTest.h"
@@ -52,6 +54,22 @@ class OverlayFonts : public GLTest {
     }
     return area;
   }
+  // Paints a label "Gate 4" in `textColour` on a blue box in (20, 30, 160, 60) with
+  // `alignment`: the tile must show the box, exactly the measured text size, and nothing else.
+  ::testing::AssertionResult DrawsOnlyItsBox(const wxColour& textColour, int alignment) {
+    GLTestRenderer* renderer = MakeRenderer();
+    wxRect box;
+    const wxImage drawn = PaintWith(renderer, [&](OpenGLRenderer* painting, wxDC* dc) {
+      const wxRect rect(20, 30, 160, 60);
+      box = wxRect(painting->GetTextLocation(font, "Gate 4", rect, alignment),
+                   painting->MeasureText("Gate 4", font));
+      painting->DrawLabel(dc, "Gate 4", font, textColour, rect, alignment, false, kBox);
+    });
+    if (box.width <= 0) return ::testing::AssertionFailure() << "the text measured empty";
+    wxImage expected = BackgroundImage();
+    expected.SetRGB(box, kBox.Red(), kBox.Green(), kBox.Blue());
+    return ImagesNear(drawn, expected, kExactPixels, Name());
+  }
   static std::string Name() {
     return ::testing::UnitTest::GetInstance()->current_test_info()->name();
   }
@@ -63,18 +81,7 @@ class OverlayFonts : public GLTest {
 }  // namespace
 
 TEST_F(OverlayFonts, LabelBackgroundIsABoxExactlyTheMeasuredTextSize) {
-  GLTestRenderer* renderer = MakeRenderer();
-  wxRect box;
-  const wxImage drawn = PaintWith(renderer, [&](OpenGLRenderer* painting, wxDC* dc) {
-    const wxRect rect(20, 30, 160, 60);
-    box = wxRect(painting->GetTextLocation(font, "Gate 4", rect, wxALIGN_CENTER),
-                 painting->MeasureText("Gate 4", font));
-    painting->DrawLabel(dc, "Gate 4", font, kInvisible, rect, wxALIGN_CENTER, false, kBox);
-  });
-  ASSERT_GT(box.width, 0);
-  wxImage expected = BackgroundImage();
-  expected.SetRGB(box, kBox.Red(), kBox.Green(), kBox.Blue());
-  EXPECT_TRUE(ImagesNear(drawn, expected, kExactPixels, Name()));
+  EXPECT_TRUE(DrawsOnlyItsBox(kInvisible, wxALIGN_CENTER));
 }
 
 TEST_F(OverlayFonts, TranslucentLabelBackgroundIsBlended) {
@@ -214,6 +221,42 @@ TEST_F(OverlayFonts, MeasuringOutsideAPassIsForgottenByTheNextPassThatDoesNotUse
   EXPECT_TRUE(OpenGLRenderer::m_sharedFonts.empty());
 }
 
+// A host measuring a label before it paints opens no bracket: nothing would close it.
+TEST_F(OverlayFonts, MeasuringOutsideAPassLeavesNoBracketOpen) {
+  GLTestRenderer* renderer = MakeRenderer();
+  renderer->SetCurrent();
+  EXPECT_GT(renderer->MeasureText("Exit", font).x, 0);
+  EXPECT_EQ(nullptr, renderer->m_activeOverlayFont);
+  GLint bound = -1;
+  glGetIntegerv(GL_TEXTURE_BINDING_2D, &bound);
+  EXPECT_EQ(0, bound);
+}
+
+// The sequence: tile S shows a frame and a label; renderer R (another tile, another
+// context) measures new text in the same font outside a pass, which makes a glyph on the
+// font's page in R's context. S's next paint must show the label as before; had the font
+// trusted the binding it made in R's context, S's label would sample S's video texture.
+TEST_F(OverlayFonts, LabelSurvivesAMeasurementInAnotherRenderersContext) {
+  GLTestRenderer* shown = MakeRenderer();
+  wxWindow* otherTile = MakeTile(wxPoint(220, 10), wxSize(80, 60));
+  GLTestRenderer* measuring = MakeRenderer(otherTile);
+  shown->SetCurrent();
+  unsigned char* planes[3] = {};
+  int pitches[3] = {};
+  ASSERT_TRUE(shown->GetFrameBuffer(kTileWidth, kTileHeight, PIXEL_FORMAT_RGB24, planes, pitches));
+  for (int y = 0; y < kTileHeight; ++y) std::memset(planes[0] + y * pitches[0], 90, pitches[0]);
+  ASSERT_TRUE(shown->FlushFrameBuffer(planes, pitches));
+  const auto label = [this](OpenGLRenderer* painting, wxDC* dc) {
+    painting->DrawLabel(dc, "Gate 7", font, *wxWHITE, wxRect(20, 20, 150, 50), 0, false,
+                        wxNullColour);
+  };
+  const wxImage before = PaintWith(shown, label);
+  measuring->SetCurrent();
+  EXPECT_GT(measuring->MeasureText("Quay", font).x, 0);  // glyphs Q, u, a, y are new
+  const wxImage after = PaintWith(shown, label);
+  EXPECT_TRUE(ImagesNear(after, before, kExactPixels, Name()));
+}
+
 TEST_F(OverlayFonts, PassEndsTheActiveFontsBracket) {
   GLTestRenderer* renderer = MakeRenderer();
   PaintWith(renderer, [this](OpenGLRenderer* painting, wxDC* dc) {
@@ -298,6 +341,47 @@ TEST_F(OverlayFonts, DestroyingARendererReleasesItsFonts) {
   EXPECT_EQ(1, SharedHolders(font));
   DestroyRenderer(second);
   EXPECT_TRUE(OpenGLRenderer::m_sharedFonts.empty());
+}
+
+// A label given no text colour draws its background box and no text; the toolkit is never
+// asked for the channels of an invalid colour (it asserts).
+TEST_F(OverlayFonts, LabelWithoutATextColourDrawsOnlyItsBackground) {
+  EXPECT_TRUE(DrawsOnlyItsBox(wxNullColour, 0));
+}
+
+// A 300-point label scaled into a small tile: the size is searched without building glyphs,
+// so the pass ends with the one glyph font of the size used (a glyph font per point size tried
+// took seconds per paint).
+TEST_F(OverlayFonts, ScaledLabelBuildsGlyphsOnlyForTheSizeUsed) {
+  GLTestRenderer* renderer = MakeRenderer();
+  const wxFont huge(wxFontInfo(300).Family(wxFONTFAMILY_SWISS));
+  const wxImage drawn = PaintWith(renderer, [&](OpenGLRenderer* painting, wxDC* dc) {
+    painting->DrawLabel(dc, "Parking level 2", huge, *wxWHITE, wxRect(5, 5, 100, 5), 0, true,
+                        wxNullColour);
+  });
+  EXPECT_EQ(1u, renderer->m_overlayFonts.size());
+  EXPECT_EQ(1u, OpenGLRenderer::m_sharedFonts.size());
+  const wxRect ink = InkArea(drawn);
+  ASSERT_FALSE(ink.IsEmpty());
+  EXPECT_LE(ink.GetRight(), kTileWidth - 1);
+  EXPECT_GT(ink.GetRight(), kTileWidth / 2);
+}
+
+// The size search measures as the glyph font does, so the size it picks is the largest one
+// whose drawn text fits: one point more does not.
+TEST_F(OverlayFonts, ScaledFontIsTheLargestThatFits) {
+  GLTestRenderer* renderer = MakeRenderer();
+  renderer->SetCurrent();
+  const wxFont big(wxFontInfo(60).Family(wxFONTFAMILY_SWISS));
+  const wxFont scaled = renderer->GetScaledFont(big, "Parking level 2", wxPoint(5, 5));
+  ASSERT_LT(scaled.GetPointSize(), 60);
+  wxFont larger = scaled;
+  larger.SetPointSize(scaled.GetPointSize() + 1);
+  EXPECT_LE(5 + renderer->MeasureText("Parking level 2", scaled).x, kTileWidth);
+  EXPECT_GT(5 + renderer->MeasureText("Parking level 2", larger).x, kTileWidth);
+  EXPECT_EQ(14, renderer->GetScaledFont(font, "I", wxPoint(0, 0)).GetPointSize())
+      << "a font that fits already is kept";
+  PaintWith(renderer, [](OpenGLRenderer*, wxDC*) {});
 }
 
 TEST_F(OverlayFonts, ScaledLabelShrinksToFitTheTile) {

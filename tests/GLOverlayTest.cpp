@@ -11,6 +11,8 @@
 #include <GL/gl.h>
 #include <GL/glext.h>
 
+#include <climits>
+
 #include <renderer/GLEntryPoints.h>
 
 #include "GLTest.h"
@@ -100,6 +102,56 @@ TEST_F(Overlays, OutlineOfWidthThreeIsThreeNestedRings) {
     pixels.insert(pixels.end(), sides.begin(), sides.end());
   }
   EXPECT_TRUE(ImagesNear(drawn, Expected(pixels), kExactPixels, Name()));
+}
+
+// Rings past half the rectangle's smaller side are not drawn: they would only turn inside out
+// and paint outside the rectangle, and a width of INT_MAX would never end. Any wider outline
+// shows what the five rings a 10 x 10 rectangle has room for show.
+TEST_F(Overlays, OutlineIsClampedToTheRingsTheRectangleHasRoomFor) {
+  const wxImage fiveRings = Draw([](IRenderer* renderer, wxDC* dc) {
+    renderer->DrawRectOutline(dc, wxRect(10, 10, 10, 10), kInk, 5);
+  });
+  EXPECT_TRUE(ImagesNear(fiveRings, Expected({wxRect(10, 10, 9, 9)}), kExactPixels, Name()));
+  for (const int width : {6, 30, INT_MAX}) {
+    const wxImage drawn = Draw([width](IRenderer* renderer, wxDC* dc) {
+      renderer->DrawRectOutline(dc, wxRect(10, 10, 10, 10), kInk, width);
+    });
+    EXPECT_TRUE(ImagesNear(drawn, fiveRings, kExactPixels, Name())) << "width " << width;
+  }
+}
+
+// Far edges of host geometry near the int limits are summed wider than int: a rectangle and an
+// outline that start just before INT_MAX lie wholly off the tile. Summed in int they wrapped
+// round to the far negative side and were drawn across the tile.
+TEST_F(Overlays, ShapesNearTheIntLimitStayOffTheTile) {
+  const wxImage drawn = Draw([](IRenderer* renderer, wxDC* dc) {
+    renderer->DrawRect(dc, wxRect(INT_MAX - 10, 20, 100, 30), kInk);
+    renderer->DrawRectOutline(dc, wxRect(20, INT_MAX - 10, 30, 100), kInk, 2);
+    renderer->DrawRectOutline(dc, wxRect(INT_MAX - 10, 40, 100, 30), kInk, 2);
+  });
+  EXPECT_TRUE(ImagesNear(drawn, BackgroundImage(), kExactPixels, Name()));
+}
+
+// A horizontal line of width INT_MAX grows downwards from itself like any wide horizontal line;
+// summed in int its far edge wrapped round and the quad grew upwards instead.
+TEST_F(Overlays, LineOfTheLargestWidthGrowsTheUsualWay) {
+  const wxImage drawn = Draw([](IRenderer* renderer, wxDC* dc) {
+    renderer->DrawLine(dc, wxPoint(10, 20), wxPoint(100, 20), kInk, INT_MAX);
+  });
+  EXPECT_TRUE(PixelNear(drawn, 50, 10, kTileColour, kExactPixels));
+  EXPECT_TRUE(PixelNear(drawn, 50, 100, kInk, kExactPixels));
+}
+
+// A primitive given no colour at all (wxNullColour) is not drawn, and the toolkit is never
+// asked for the channels of an invalid colour (it asserts).
+TEST_F(Overlays, PrimitivesWithoutAColourDrawNothing) {
+  const wxImage drawn = Draw([](IRenderer* renderer, wxDC* dc) {
+    renderer->DrawRect(dc, wxRect(10, 10, 50, 50), wxNullColour);
+    renderer->DrawRectOutline(dc, wxRect(70, 10, 50, 50), wxNullColour, 3);
+    renderer->DrawLine(dc, wxPoint(10, 80), wxPoint(150, 80), wxNullColour, 1);
+    renderer->DrawLine(dc, wxPoint(10, 100), wxPoint(150, 100), wxNullColour, 5);
+  });
+  EXPECT_TRUE(ImagesNear(drawn, BackgroundImage(), kExactPixels, Name()));
 }
 
 TEST_F(Overlays, OutlineOfWidthZeroOrLessDrawsNothing) {

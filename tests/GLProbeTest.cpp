@@ -182,6 +182,18 @@ TEST(ProbeRules, AnyOfTheThreeMarkersAnywhereIsNotRecommended) {
   EXPECT_FALSE(GLTestRenderer::IsRecommendedRenderer("Vendor GDI Generic 1.1"));
 }
 
+// A driver string that is not UTF-8 (a vendor name in Latin-1) keeps every byte, as Latin-1,
+// instead of becoming an empty line; so a renderer name with a marker in it is still judged.
+TEST(ProbeRules, DriverStringsThatAreNotUtf8AreReadAsLatin1) {
+  EXPECT_EQ(wxString(L"Soci\u00e9t\u00e9 G\u00e9n\u00e9rale"),
+            GLTestRenderer::DriverString("Soci\xe9t\xe9 G\xe9n\xe9rale"));
+  EXPECT_EQ(wxString(L"Caf\u00e9 GL"), GLTestRenderer::DriverString("Caf\xc3\xa9 GL"));
+  EXPECT_EQ(wxString(), GLTestRenderer::DriverString(""));
+  EXPECT_EQ(wxString(), GLTestRenderer::DriverString(nullptr));
+  EXPECT_FALSE(GLTestRenderer::IsRecommendedRenderer(
+      GLTestRenderer::DriverString("Mesa GLX Indirect (r\xe9seau)")));
+}
+
 TEST(ProbeRules, MarkersAreCaseSensitive) {
   EXPECT_TRUE(GLTestRenderer::IsRecommendedRenderer("Mesa GLX indirect"));
   EXPECT_TRUE(GLTestRenderer::IsRecommendedRenderer("software rasterizer"));

@@ -122,7 +122,11 @@ wxImage GLTest::BackgroundImage() const {
   return SolidImage(tile->GetClientSize(), tile->GetBackgroundColour());
 }
 
+unsigned long NextXRequest() { return XNextRequest(wxGetX11Display()); }
+
 const void* CurrentContext() { return glXGetCurrentContext(); }
+
+void ReleaseCurrentContext() { glXMakeContextCurrent(wxGetX11Display(), None, None, nullptr); }
 
 bool IsProgramName(unsigned int name) {
   static const auto isProgram = reinterpret_cast<PFNGLISPROGRAMARBPROC>(

@@ -64,8 +64,14 @@ wxImage ReadScreen(const wxRect& rect);
 // meaningful while no other window covers the canvas.
 wxImage ReadWindow(InternalGLCanvas* canvas);
 
+// The sequence number the next request to the X server on the toolkit's display will carry:
+// unchanged between two calls when nothing was asked of the server in between.
+unsigned long NextXRequest();
+
 // The current context as the window system knows it (null when none is current).
 const void* CurrentContext();
+// Leaves the calling thread with no context current.
+void ReleaseCurrentContext();
 
 // Whether `name` is an ARB program of the current context (the function is an extension
 // that only the window system hands out).

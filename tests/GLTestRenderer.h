@@ -16,6 +16,14 @@ class GLTestRenderer : public OpenGLRenderer {
 
   wxImage drawn;  // the back buffer of the last paint into a shown canvas
   int paints = 0;
+  // Buffer names generated before one fails (0 given instead); negative: none fails.
+  int buffersBeforeAFailure = -1;
+
+  unsigned int GeneratePixelBufferName() override {
+    if (buffersBeforeAFailure == 0) return 0;
+    if (buffersBeforeAFailure > 0) --buffersBeforeAFailure;
+    return OpenGLRenderer::GeneratePixelBufferName();
+  }
 
   void OnAfterDraw(wxDC* dc) override {
     if (IsContextReady(true)) {
@@ -27,6 +35,7 @@ class GLTestRenderer : public OpenGLRenderer {
 
   using OpenGLRenderer::DetectExtensions;
   using OpenGLRenderer::DriverQueries;
+  using OpenGLRenderer::DriverString;
   using OpenGLRenderer::FindMaxTextureSize;
   using OpenGLRenderer::IsRecommendedRenderer;
   using OpenGLRenderer::m_activeOverlayFont;

@@ -5,6 +5,7 @@
 #include <GL/gl.h>
 #include <GL/glext.h>
 
+#include <climits>
 #include <cstring>
 
 #include <wx/scrolwin.h>
@@ -19,6 +20,8 @@ constexpr int kWidth = 320;
 constexpr int kHeight = 240;
 
 using Textures = GLFrameTest;
+
+class FlushWithoutArrays : public GLFrameTest, public ::testing::WithParamInterface<bool> {};
 
 // Every pixel-format code from below the first to beyond the last.
 std::vector<int> AllFormatCodes() {
@@ -112,6 +115,38 @@ TEST_F(Textures, VideoLargerThanTheLargestTextureIsRefused) {
   unsigned char* planes[3] = {};
   int pitches[3] = {};
   EXPECT_FALSE(renderer->GetFrameBuffer(largest.x + 1, 16, PIXEL_FORMAT_I420, planes, pitches));
+}
+
+// A frame that cannot be laid out is refused before anything is made: a side below 1 (which
+// gave a 0-texel texture and planes in an empty buffer), a side beyond the texture limit, and
+// sides whose byte counts an int does not hold.
+TEST_F(Textures, FrameThatCannotBeLaidOutIsRefused) {
+  GLTestRenderer* renderer = MakeCurrentRenderer(false);
+  const int largest = OpenGLRenderer::m_maxTextureSize.x;
+  const wxSize refused[] = {{-8, 100},    {100, -8},    {-1, -1},         {INT_MIN, 1},
+                            {INT_MAX, 1}, {1, INT_MAX}, {largest + 1, 16}};
+  for (const wxSize& size : refused) {
+    unsigned char* planes[3] = {};
+    int pitches[3] = {};
+    EXPECT_FALSE(renderer->GetFrameBuffer(size.x, size.y, PIXEL_FORMAT_RGB24, planes, pitches))
+        << size.x << " x " << size.y;
+    EXPECT_EQ(nullptr, planes[0]);
+    EXPECT_EQ(0, pitches[0]);
+    HardwareImageInfo info = {};
+    EXPECT_FALSE(renderer->BeginHardwareImage(size.x, size.y, PIXEL_FORMAT_RGB24, info));
+  }
+  EXPECT_TRUE(renderer->m_textures.empty());
+  EXPECT_TRUE(renderer->m_frameBuffer.empty());
+  EXPECT_FALSE(renderer->HasFrame());
+}
+
+// Whether the tile is inside its scrolled windows is asked of the X server (a round trip per
+// frame) only when there is a scrolled window around it.
+TEST_F(Textures, TileWithoutScrolledWindowsAsksTheServerNothing) {
+  GLTestRenderer* renderer = MakeCurrentRenderer();
+  const unsigned long before = NextXRequest();
+  EXPECT_TRUE(renderer->IsModeSupported(64, 48, PIXEL_FORMAT_I420));
+  EXPECT_EQ(before, NextXRequest());
 }
 
 TEST_F(Textures, ModeSupportFallsBackToTheBaseRules) {
@@ -493,6 +528,28 @@ TEST_F(Textures, PaintingDoesNotChangeTheTexturesFormat) {
 
 // ---- YV12's plane exchange ---------------------------------------------------------------------
 
+// The other back-ends take a flush without arrays; so does this one, after either kind of
+// lending, and the frame written into the lent planes is the one shown.
+TEST_P(FlushWithoutArrays, YV12FrameIsUploadedFromThePlanesItLent) {
+  GLTestRenderer* renderer = MakeCurrentRenderer(GetParam());
+  const FramePicture picture = FramePicture::Bars(PIXEL_FORMAT_YV12, tile->GetClientSize());
+  unsigned char* planes[3] = {};
+  int pitches[3] = {};
+  const wxSize size = tile->GetClientSize();
+  ASSERT_TRUE(renderer->GetFrameBuffer(size.x, size.y, PIXEL_FORMAT_YV12, planes, pitches));
+  picture.Write(planes, pitches);
+  ASSERT_TRUE(renderer->FlushFrameBuffer(nullptr, nullptr));
+  EXPECT_TRUE(renderer->HasFrame());
+  wxImage expected;
+  ASSERT_TRUE(Expected(renderer, picture, &expected));
+  EXPECT_TRUE(ImagesNear(PaintFrame(renderer), expected, kYuvConversionTolerance, TestName()));
+}
+
+INSTANTIATE_TEST_SUITE_P(BothPaths, FlushWithoutArrays, ::testing::Bool(),
+                         [](const ::testing::TestParamInfo<bool>& info) {
+                           return std::string(info.param ? "PixelBuffers" : "Client");
+                         });
+
 TEST_F(Textures, YV12PlanesAreExchangedAfterMappingAndBackAtFlush) {
   GLTestRenderer* renderer = MakeCurrentRenderer(true);
   unsigned char* planes[3] = {};
@@ -663,19 +720,34 @@ TEST_F(Textures, ProxyRefusalWithAnErrorIsLogged) {
   EXPECT_TRUE(renderer->m_pixelBuffers.empty());
 }
 
-// An error GL reports once the texture is allocated deletes it again. (The error here was
-// raised before the call; the texture creation cannot tell the difference.)
-TEST_F(Textures, ErrorAfterAllocationDeletesTheTexture) {
+// An error some earlier call left pending (here the host's: an invalid enable) is not the
+// texture creation's: the frame is laid out as usual, and nothing is logged.
+TEST_F(Textures, ErrorLeftByEarlierCallsDoesNotFailTheTextures) {
   GLTestRenderer* renderer = MakeCurrentRenderer(true);
   const LogCapture log;
   glEnable(0);  // GL_INVALID_ENUM, pending
-  EXPECT_FALSE(renderer->CreateTexture(64, 64, GL_RGBA, GL_RGBA, 64 * 64 * 4, false));
-  EXPECT_TRUE(LoggedAlone(log, "OpenGL Error - Failed to create texture: invalid enumerant (1280)",
-                          "CreateTexture"));
-  EXPECT_TRUE(renderer->m_textures.empty());
+  EXPECT_TRUE(Feed(renderer, FramePicture::Bars(PIXEL_FORMAT_I420, wxSize(kWidth, kHeight))));
+  EXPECT_EQ(3u, renderer->m_textures.size());
+  EXPECT_EQ(3u, renderer->m_pixelBuffers.size());
+  EXPECT_EQ(1u, renderer->m_programs.size());
+  EXPECT_TRUE(log.Lines().empty());
+}
+
+// A buffer whose name cannot be generated fails its texture and the whole set: buffers are
+// paired with planes by index, so a set with one missing would lend the wrong planes.
+TEST_F(Textures, PixelBufferWithoutANameFailsTheWholeTextureSet) {
+  GLTestRenderer* renderer = MakeCurrentRenderer(true);
+  ASSERT_TRUE(Feed(renderer, FramePicture::Bars(PIXEL_FORMAT_NV12, wxSize(kWidth, kHeight))));
+  const FrameObjects before = ObjectsOf(renderer);
+  renderer->buffersBeforeAFailure = 1;  // the second plane's buffer gets no name
+  unsigned char* planes[3] = {};
+  int pitches[3] = {};
+  EXPECT_FALSE(renderer->GetFrameBuffer(kWidth, kHeight, PIXEL_FORMAT_I420, planes, pitches));
+  EXPECT_TRUE(AllDeleted(renderer, before));
   EXPECT_TRUE(renderer->m_textureTargets.empty());
-  EXPECT_TRUE(renderer->m_pixelBuffers.empty());
-  EXPECT_TRUE(NoGLError());
+  EXPECT_EQ(nullptr, planes[0]);
+  renderer->buffersBeforeAFailure = -1;
+  EXPECT_TRUE(Feed(renderer, FramePicture::Bars(PIXEL_FORMAT_I420, wxSize(kWidth, kHeight))));
 }
 
 TEST_F(Textures, TextureWithoutPixelBufferSupportHasNoBuffer) {
