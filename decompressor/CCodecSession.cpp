@@ -33,6 +33,13 @@ bool CopyExtradata(const std::vector<unsigned char>& extradata, AVCodecContext& 
 
 }  // namespace
 
+// MJPEG is full range by the JPEG convention, whether or not the decoder says so.
+void CCodecSession::MarkJpegRange(AVFrame& picture) const {
+  if (m_context->codec_id == AV_CODEC_ID_MJPEG && picture.color_range == AVCOL_RANGE_UNSPECIFIED) {
+    picture.color_range = AVCOL_RANGE_JPEG;
+  }
+}
+
 CCodecSession::CCodecSession() : m_packet(av_packet_alloc()), m_received(av_frame_alloc()) {}
 
 CCodecSession::~CCodecSession() = default;
@@ -103,6 +110,7 @@ int CCodecSession::Receive(CPictureStore& store, bool& damaged) {
       av_frame_unref(m_received.get());
       continue;
     }
+    MarkJpegRange(*m_received);
     store.Take(*m_received);
     ++pictures;
   }

@@ -38,6 +38,7 @@ class CCodecSession {
  private:
   int Send(const AVPacket* packet, CPictureStore& store);
   int Receive(CPictureStore& store, bool& damaged);
+  void MarkJpegRange(AVFrame& picture) const;
 
   AvCodecContextPtr m_context;
   AvPacketPtr m_packet;

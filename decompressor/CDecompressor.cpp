@@ -2,6 +2,7 @@
 // picture store and the converter; also the process-wide video-output factory.
 #include "CDecompressor.h"
 
+#include "AvColour.h"
 #include "CCodecSession.h"
 #include "CDigitalPTZ.h"
 #include "CFrameConverter.h"
@@ -78,6 +79,15 @@ long long CDecompressor::GetFrameCount() const { return m_picture->GetCount(); }
 
 int CDecompressor::GetConverterSetupCount() const { return m_converter->GetSetupCount(); }
 
+void CDecompressor::SetColourOverride(const ColourSpace_t& colour) { m_colourOverride = colour; }
+
+ColourSpace_t CDecompressor::GetColourOverride() const { return m_colourOverride; }
+
+ColourSpace_t CDecompressor::GetSourceColour() const {
+  if (!HasFrame()) return ColourSpace_t{};
+  return WithOverride(ColourOf(m_picture->Get()), m_colourOverride);
+}
+
 int CDecompressor::GetImage(unsigned char** planes, int* pitches, int format, int width, int height,
                             int srcX, int srcY, int srcWidth, int srcHeight, CDigitalPTZ* ptz) {
   if (!HasFrame()) return DECOMP_ERROR_NO_FRAME;
@@ -119,7 +129,7 @@ bool CDecompressor::IsInsidePicture(const PtzRect& rect) const {
 
 int CDecompressor::Convert(unsigned char* const* planes, const int* pitches,
                            const CPixelLayout& target, const PtzRect& crop) {
-  return m_converter->Convert(m_picture->Get(), crop, target, planes, pitches);
+  return m_converter->Convert(m_picture->Get(), GetSourceColour(), crop, target, planes, pitches);
 }
 
 void CDecompressor::SetVideoOutputFactory(VideoOutputFactory factory) {

@@ -81,12 +81,29 @@ class CDecompressor {
   // parameters keep changing.
   int GetConverterSetupCount() const;
 
+  // Colour. GetImage reads a picture's YUV samples with the matrix (BT.601, BT.709, BT.2020)
+  // and range (limited or full) its stream signals. Where a stream signals none, HD sizes
+  // (1280 wide or 720 high and up) are read as BT.709 and smaller ones as BT.601, in limited
+  // range, except MJPEG, which is full range; raw frames (PutFrame) are BT.601 limited range.
+  // A host whose camera tags its stream wrongly overrides the matrix, the range or both
+  // (kFromStream leaves that field to the stream); the override holds for every later
+  // picture, across Open and raw frames, until it is set again.
+  void SetColourOverride(const ColourSpace_t& colour);
+  ColourSpace_t GetColourOverride() const;
+
+  // How the latest picture's samples are read: its own colour with the override applied;
+  // both fields kFromStream before the first picture.
+  ColourSpace_t GetSourceColour() const;
+
   // Writes the latest picture into `planes` / `pitches` as `format` at `width` x `height`:
   // - the source rectangle (srcX, srcY, srcWidth, srcHeight) must lie inside the picture;
   // - with an engaged `ptz` (non-null, IsActive() and enabled) the picture is cropped further
   //   to the PTZ's zoom window inside that rectangle (CDigitalPTZ::GetZoomWindow);
-  // - the crop is then converted (BT.601 limited range on the YUV side; RGBA32 gets alpha 255
-  //   unless the picture came in as RGBA32) and scaled;
+  // - the crop is then converted and scaled: YUV formats receive BT.601 limited range (the
+  //   matrix the renderer's GL programs invert), RGB formats the picture's RGB, read with
+  //   GetSourceColour(); RGBA32 gets alpha 255 unless the picture came in as RGBA32. Only a
+  //   BT.601 limited-range picture copied to its own format at its own size is a plain copy;
+  //   a BT.709 picture into I420 is converted;
   // - each plane gets the rows and row bytes the frame-buffer table gives it (CPixelLayout),
   //   rows `pitch` apart; nothing else in the caller's buffer is written. Odd sizes follow the
   //   table: the last column (row) of an odd 4:2:x picture has no chroma sample of its own.
@@ -131,5 +148,6 @@ class CDecompressor {
   std::unique_ptr<CCodecSession> m_session;
   std::unique_ptr<CPictureStore> m_picture;
   std::unique_ptr<CFrameConverter> m_converter;
+  ColourSpace_t m_colourOverride;
   std::vector<unsigned char> m_outputBuffer;
 };

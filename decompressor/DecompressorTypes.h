@@ -23,6 +23,23 @@ enum : int {
   DECOMP_ERROR_INTERNAL = -10,      // the codec library failed (out of memory, ...)
 };
 
+// The matrix between a picture's YUV samples and RGB. kFromStream is only an override's "no
+// override"; a picture's resolved colour is always one of the three matrices.
+enum class ColourMatrix : int { kFromStream = 0, kBt601, kBt709, kBt2020 };
+
+// The span of a picture's YUV samples: limited (Y 16..235, U and V 16..240) or full (0..255).
+// kFromStream as for ColourMatrix.
+enum class ColourRange : int { kFromStream = 0, kLimited, kFull };
+
+// How a picture's YUV samples are to be read.
+struct ColourSpace_t {
+  ColourMatrix matrix = ColourMatrix::kFromStream;
+  ColourRange range = ColourRange::kFromStream;
+  bool operator==(const ColourSpace_t& other) const {
+    return matrix == other.matrix && range == other.range;
+  }
+};
+
 // One compressed video stream as a decoder needs to know it.
 struct VideoStreamInfo_t {
   // Codec as libavcodec names it: "h264", "hevc", "mjpeg", "mpeg4", ...
