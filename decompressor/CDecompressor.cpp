@@ -8,6 +8,7 @@
 #include "CFrameConverter.h"
 #include "CPictureStore.h"
 #include "CPixelLayout.h"
+#include "CRateWindow.h"
 #include "IVideoOutput.h"
 #include "PixelFormat.h"
 
@@ -32,30 +33,56 @@ bool ArePlanesUsable(const Plane* planes, const int* pitches, const CPixelLayout
 
 bool IsEngaged(CDigitalPTZ* ptz) { return ptz && ptz->IsActive() && ptz->enabled; }
 
+constexpr double kRateWindowSeconds = 2.0;
+
 }  // namespace
 
 CDecompressor::CDecompressor()
     : m_session(std::make_unique<CCodecSession>()),
       m_picture(std::make_unique<CPictureStore>()),
-      m_converter(std::make_unique<CFrameConverter>()) {}
+      m_converter(std::make_unique<CFrameConverter>()),
+      m_pictureRate(std::make_unique<CRateWindow>(kRateWindowSeconds)),
+      m_bitRate(std::make_unique<CRateWindow>(kRateWindowSeconds)) {}
 
 CDecompressor::~CDecompressor() = default;
 
-int CDecompressor::Open(const VideoStreamInfo_t& stream) { return m_session->Open(stream); }
+int CDecompressor::Open(const VideoStreamInfo_t& stream) {
+  m_pictureRate->SetTimeBase(stream.timeBaseNum, stream.timeBaseDen);
+  m_bitRate->SetTimeBase(stream.timeBaseNum, stream.timeBaseDen);
+  return m_session->Open(stream, m_damagePolicy);
+}
 
 void CDecompressor::Close() { m_session->Close(); }
 
 bool CDecompressor::IsOpen() const { return m_session->IsOpen(); }
 
+void CDecompressor::SetDamagePolicy(DamagePolicy policy) { m_damagePolicy = policy; }
+
+DamagePolicy CDecompressor::GetDamagePolicy() const { return m_damagePolicy; }
+
 int CDecompressor::Decode(const unsigned char* data, int size, long long pts) {
   if (!IsOpen()) return DECOMP_ERROR_NOT_OPEN;
   if (!data || size < 1) return DECOMP_ERROR_ARGUMENT;
-  return m_session->Decode(data, size, pts, *m_picture);
+  const long long before = GetFrameCount();
+  return Measure(before, pts, size, m_session->Decode(data, size, pts, *m_picture));
 }
 
 int CDecompressor::Drain() {
   if (!IsOpen()) return DECOMP_ERROR_NOT_OPEN;
-  return m_session->Drain(*m_picture);
+  const long long before = GetFrameCount();
+  return Measure(before, GetPts(), 0, m_session->Drain(*m_picture));
+}
+
+// Feeds the rate windows with a packet's bits and the pictures it completed, and stamps the
+// time of the latest picture. Passes `result` through.
+int CDecompressor::Measure(long long countBefore, long long pts, int bytes, int result) {
+  const long long pictures = GetFrameCount() - countBefore;
+  if (bytes > 0) m_bitRate->Add(pts, 8.0 * bytes);
+  if (pictures > 0) {
+    m_pictureRate->Add(GetPts(), static_cast<double>(pictures));
+    m_latestPictureTime = std::chrono::steady_clock::now();
+  }
+  return result;
 }
 
 int CDecompressor::PutFrame(const unsigned char* const* planes, const int* pitches, int format,
@@ -64,7 +91,9 @@ int CDecompressor::PutFrame(const unsigned char* const* planes, const int* pitch
   if (!layout.IsValid() || !ArePlanesUsable(planes, pitches, layout)) {
     return DECOMP_ERROR_ARGUMENT;
   }
-  return m_picture->Import(planes, pitches, layout, pts);
+  const int result = m_picture->Import(planes, pitches, layout, pts);
+  if (result == DECOMP_OK) m_latestPictureTime = std::chrono::steady_clock::now();
+  return result;
 }
 
 bool CDecompressor::HasFrame() const { return !m_picture->IsEmpty(); }
@@ -76,6 +105,26 @@ int CDecompressor::GetHeight() const { return m_picture->GetHeight(); }
 long long CDecompressor::GetPts() const { return m_picture->GetPts(); }
 
 long long CDecompressor::GetFrameCount() const { return m_picture->GetCount(); }
+
+DecoderStatistics_t CDecompressor::GetStatistics() const {
+  const CCodecSession::Counts& counts = m_session->GetCounts();
+  DecoderStatistics_t statistics;
+  statistics.picturesDecoded = counts.decoded;
+  statistics.picturesDamaged = counts.damaged;
+  statistics.picturesDropped = counts.dropped;
+  statistics.framesPerSecond = m_pictureRate->GetRate();
+  statistics.bitsPerSecond = m_bitRate->GetRate();
+  if (HasFrame()) {
+    const std::chrono::duration<double> age =
+        std::chrono::steady_clock::now() - m_latestPictureTime;
+    statistics.latestPictureAge = age.count();
+  }
+  statistics.codec = m_session->GetCodecName();
+  statistics.width = GetWidth();
+  statistics.height = GetHeight();
+  statistics.colour = GetSourceColour();
+  return statistics;
+}
 
 int CDecompressor::GetConverterSetupCount() const { return m_converter->GetSetupCount(); }
 

@@ -18,6 +18,7 @@
 // outputs instead of drawing them.
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -30,6 +31,7 @@ class CDigitalPTZ;
 class CFrameConverter;
 class CPictureStore;
 class CPixelLayout;
+class CRateWindow;
 class IVideoOutput;
 struct PtzRect;
 
@@ -48,10 +50,21 @@ class CDecompressor {
   void Close();
   bool IsOpen() const;
 
+  // Damaged pictures: those the codec flags (concealed errors, missing references) and those
+  // predicted from them until the next key frame. kConceal (the default) shows them as
+  // libavcodec's error concealment repaired them; kDrop leaves them out, so the last good
+  // picture stays. Concealment is the default because it serves an operator better: a lossy
+  // camera link keeps the tile moving, with a smear where a slice was lost, instead of
+  // freezing on an old picture that looks live; the statistics count the damage either way,
+  // so a host can mark the tile as degraded. Applies from the next Open.
+  void SetDamagePolicy(DamagePolicy policy);
+  DamagePolicy GetDamagePolicy() const;
+
   // Feeds one compressed packet with its presentation time. Returns the number of new
-  // pictures it completed (0 while the codec waits for more data), or a negative code:
-  // DECOMP_ERROR_NOT_OPEN, DECOMP_ERROR_ARGUMENT (no data), DECOMP_ERROR_CORRUPT_DATA (the
-  // data was rejected or a damaged picture dropped; the last good picture stays).
+  // pictures it completed (0 while the codec waits for more data; damaged ones included under
+  // kConceal), or a negative code: DECOMP_ERROR_NOT_OPEN, DECOMP_ERROR_ARGUMENT (no data),
+  // DECOMP_ERROR_CORRUPT_DATA (the codec rejected the data, or under kDrop a damaged picture
+  // was dropped; the last good picture stays).
   int Decode(const unsigned char* data, int size, long long pts);
 
   // At the end of a stream: collects the pictures the codec still holds back for reordering,
@@ -75,6 +88,10 @@ class CDecompressor {
 
   // Pictures taken in since construction, decoded and raw.
   long long GetFrameCount() const;
+
+  // Counts, rates, the latest picture's age and the stream's description; see
+  // DecoderStatistics_t. Reads a few fields, allocates nothing.
+  DecoderStatistics_t GetStatistics() const;
 
   // How often GetImage had to build its conversion anew (once per change of source format,
   // crop size, target format or target size); hosts can log it to spot a stream whose
@@ -142,6 +159,7 @@ class CDecompressor {
 
  private:
   bool IsInsidePicture(const PtzRect& rect) const;
+  int Measure(long long countBefore, long long pts, int bytes, int result);
   int Convert(unsigned char* const* planes, const int* pitches, const CPixelLayout& target,
               const PtzRect& crop);
 
@@ -149,5 +167,9 @@ class CDecompressor {
   std::unique_ptr<CPictureStore> m_picture;
   std::unique_ptr<CFrameConverter> m_converter;
   ColourSpace_t m_colourOverride;
+  DamagePolicy m_damagePolicy = DamagePolicy::kConceal;
+  std::unique_ptr<CRateWindow> m_pictureRate;
+  std::unique_ptr<CRateWindow> m_bitRate;
+  std::chrono::steady_clock::time_point m_latestPictureTime;
   std::vector<unsigned char> m_outputBuffer;
 };

@@ -40,6 +40,37 @@ struct ColourSpace_t {
   }
 };
 
+// What a decoder does with a picture the codec reports as damaged, and with the pictures
+// predicted from it until the next key frame.
+enum class DamagePolicy : int {
+  kConceal = 0,  // show it as libavcodec's error concealment repaired it
+  kDrop,         // do not show it; the last good picture stays
+};
+
+// A decoder's health at a glance, for a host's overlay and watchdog; cheap to read every paint.
+struct DecoderStatistics_t {
+  // Pictures since construction: completed by the codec (good or damaged); damaged (flagged by
+  // the codec, predicted from a damaged one until the next key frame, or lost in data the codec
+  // rejected); dropped (damaged and not shown, under DamagePolicy::kDrop or lost).
+  long long picturesDecoded = 0;
+  long long picturesDamaged = 0;
+  long long picturesDropped = 0;
+  // Over the last two seconds of stream time (packet timestamps): pictures taken in per second
+  // and compressed bits per second; 0 until two timestamps lie apart.
+  double framesPerSecond = 0;
+  double bitsPerSecond = 0;
+  // Wall-clock seconds since the latest picture was taken in (decoded or raw); -1 before the
+  // first. A watchdog compares it with the stream's frame interval.
+  double latestPictureAge = -1;
+  // The open stream's codec as libavcodec names it ("h264", ...; "" while none is open; a
+  // string with static lifetime), the latest picture's size (0 x 0 before the first) and how
+  // its samples are read (CDecompressor::GetSourceColour).
+  const char* codec = "";
+  int width = 0;
+  int height = 0;
+  ColourSpace_t colour;
+};
+
 // One compressed video stream as a decoder needs to know it.
 struct VideoStreamInfo_t {
   // Codec as libavcodec names it: "h264", "hevc", "mjpeg", "mpeg4", ...

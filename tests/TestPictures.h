@@ -70,6 +70,8 @@ struct EncodedStream {
 // `frames` pictures of a `width` x `height` camera at `rate`, encoded with `encoder`.
 EncodedStream EncodeCamera(const char* encoder, int width, int height, int rate, int frames,
                            bool globalHeader = false);
+EncodedStream EncodeCamera(const char* encoder, int width, int height, int rate, int frames,
+                           const EncoderSettings& settings);
 
 // The decoder's latest picture is within kCodecMeanError of picture `index` of a camera of
 // its size.
