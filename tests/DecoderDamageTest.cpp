@@ -37,9 +37,7 @@ void Damage(std::vector<unsigned char>& data, std::mt19937& random) {
 class DamagedStream : public ::testing::Test {
  protected:
   void SetUp() override {
-    EncoderSettings settings;
-    settings.bFrames = false;
-    clean = EncodeCamera("libx264", kStreamWidth, kStreamHeight, kStreamRate, kFrames, settings);
+    clean = EncodeInOrderCamera(kFrames);
     ASSERT_EQ(static_cast<size_t>(kFrames), clean.packets.size());
     damaged = clean;
     std::mt19937 random(kSeed);

@@ -147,6 +147,12 @@ EncodedStream EncodeCamera(const char* encoder, int width, int height, int rate,
   return EncodedStream{stream.StreamInfo(), stream.Packets()};
 }
 
+EncodedStream EncodeInOrderCamera(int frames) {
+  EncoderSettings settings;
+  settings.bFrames = false;
+  return EncodeCamera("libx264", kStreamWidth, kStreamHeight, kStreamRate, frames, settings);
+}
+
 ::testing::AssertionResult CloseToCamera(CDecompressor& decoder, long long index, int rate,
                                          const std::string& name) {
   CSyntheticCamera camera(decoder.GetWidth(), decoder.GetHeight(), rate);

@@ -73,6 +73,11 @@ EncodedStream EncodeCamera(const char* encoder, int width, int height, int rate,
 EncodedStream EncodeCamera(const char* encoder, int width, int height, int rate, int frames,
                            const EncoderSettings& settings);
 
+// `frames` camera pictures of kStreamWidth x kStreamHeight at kStreamRate, H.264 with a key
+// frame every 10 pictures and no B-frames, so pictures come out in the order their packets go
+// in (the damage and statistics tests count by packet).
+EncodedStream EncodeInOrderCamera(int frames);
+
 // The decoder's latest picture is within kCodecMeanError of picture `index` of a camera of
 // its size.
 ::testing::AssertionResult CloseToCamera(CDecompressor& decoder, long long index, int rate,
