@@ -14,6 +14,7 @@ extern "C" {
 #include "CPixelLayout.h"
 #include "DecompressorTypes.h"
 #include "PictureCopy.h"
+#include "YuvMatrix.h"
 
 namespace {
 
@@ -41,6 +42,12 @@ bool IsPlainCopy(const CScaler::Key& key) {
 // RGB samples carry no matrix or range: an RGB source counts as already delivered colour.
 ColourSpace_t SourceColour(AVPixelFormat format, const ColourSpace_t& colour) {
   return IsRgbFormat(format) ? kDeliveredColour : colour;
+}
+
+// YUV into YUV from another matrix or range: rewritten directly where the format allows.
+bool NeedsRewrite(const CScaler::Key& key) {
+  return !IsRgbFormat(key.targetFormat) && !(key.sourceColour == kDeliveredColour) &&
+         CanRewriteYuv(key.sourceFormat);
 }
 
 bool IsUnscaledOddSize(const CScaler::Key& key) {
@@ -90,7 +97,7 @@ void CopyOut(const PlaneView& view, const CPixelLayout& target, unsigned char* c
 
 }  // namespace
 
-CFrameConverter::CFrameConverter() : m_staging(av_frame_alloc()) {}
+CFrameConverter::CFrameConverter() : m_staging(av_frame_alloc()), m_rewritten(av_frame_alloc()) {}
 
 CFrameConverter::~CFrameConverter() = default;
 
@@ -108,6 +115,7 @@ int CFrameConverter::Convert(const AVFrame& source, const ColourSpace_t& colour,
                    target.GetWidth(),
                    target.GetHeight()};
   PlaneView view = CropView(source, format, crop);
+  if (NeedsRewrite(key) && !Rewrite(key, view)) return DECOMP_ERROR_INTERNAL;
   if (IsPlainCopy(key)) {
     CopyOut(view, target, planes, pitches);
     return DECOMP_OK;
@@ -121,6 +129,19 @@ int CFrameConverter::Convert(const AVFrame& source, const ColourSpace_t& colour,
 
 int CFrameConverter::GetSetupCount() const {
   return m_first.GetSetupCount() + m_second.GetSetupCount();
+}
+
+// The crop in delivered colour, in a picture of its own; from here on the source.
+bool CFrameConverter::Rewrite(CScaler::Key& key, PlaneView& view) {
+  if (!m_rewritten ||
+      !EnsurePictureBuffer(*m_rewritten, key.sourceFormat, key.sourceWidth, key.sourceHeight)) {
+    return false;
+  }
+  RewriteYuv(view, key.sourceFormat, key.sourceWidth, key.sourceHeight, key.sourceColour,
+             *m_rewritten);
+  view = ViewOf(*m_rewritten);
+  key.sourceColour = kDeliveredColour;
+  return true;
 }
 
 // libswscale's unscaled converters drop the last column of some odd widths, so an unscaled

@@ -17,8 +17,10 @@
 // Colour: the caller says how the source's YUV samples are to be read (matrix and range). YUV
 // targets get BT.601 limited range, the matrix the renderer's GL programs invert; RGB targets
 // get the source's own matrix and range inverted. A source already in BT.601 limited range
-// copied to its own format at its own size stays a plain copy; any other source is converted
-// (a BT.709 picture into I420 through RGB inside libswscale).
+// copied to its own format at its own size stays a plain copy; any other source is converted.
+// Planar 8-bit YUV of another matrix or range bound for a YUV target is first rewritten into
+// BT.601 limited range (YuvMatrix), far cheaper than libswscale's road through RGB; other
+// formats take that road.
 #pragma once
 
 #include "AvHandles.h"
@@ -44,10 +46,12 @@ class CFrameConverter {
   int GetSetupCount() const;
 
  private:
+  bool Rewrite(CScaler::Key& key, PlaneView& view);
   bool Stage(CScaler::Key& key, PlaneView& view);
   const AVFrame* Scale(const CScaler::Key& key, const PlaneView& view);
 
   CScaler m_first;
   CScaler m_second;
   AvFramePtr m_staging;
+  AvFramePtr m_rewritten;
 };

@@ -109,9 +109,10 @@ ChannelErrors Measure(int width, int height, const Samples& actual, const Sample
 std::array<int, 3> AsArray(const Yuv& yuv) { return {yuv.y, yuv.u, yuv.v}; }
 std::array<int, 3> AsArray(const Rgb& rgb) { return {rgb.r, rgb.g, rgb.b}; }
 
-// Bars as I420 samples in `colour`, chroma from each 2 x 2 block's top-left pixel.
-TestFrame BarsIn(const ColourSpace_t& colour, int width, int height) {
-  TestFrame bars(PIXEL_FORMAT_I420, width, height);
+// Bars as YUV samples in `colour`, chroma from each chroma block's top-left pixel.
+TestFrame BarsIn(const ColourSpace_t& colour, int width, int height,
+                 int format = PIXEL_FORMAT_I420) {
+  TestFrame bars(format, width, height);
   const LumaWeights weights = WeightsOf(colour.matrix);
   bars.PaintYuv([&](int x, int y) {
     return ReferenceRgbToYuv(BlockColour(x, y, width, height), weights, IsFull(colour));
@@ -266,21 +267,39 @@ TEST(DecoderColour, AnOverrideOfTheRangeAloneKeepsTheStreamsMatrix) {
   EXPECT_EQ(Colour(k709, kLimited), decoder.GetSourceColour());
 }
 
-TEST(DecoderColour, OnlyABt601LimitedPictureIsAPlainCopyAtItsOwnSize) {
-  const ColourCase bt601{
-      "601", "libx264", kSdWidth, kSdHeight, AVCOL_SPC_SMPTE170M, AVCOL_RANGE_MPEG, kBt601Limited};
+TEST(DecoderColour, ABt601PictureIsCopiedAsItIsAndABt709OneConverted) {
+  ColourCase test{"copy",           "libx264",    kSdWidth, kSdHeight, AVCOL_SPC_SMPTE170M,
+                  AVCOL_RANGE_MPEG, kBt601Limited};
   CDecompressor plain;
-  ASSERT_TRUE(DecodeAll(plain, EncodeBars(bt601, kBt601Limited)));
+  ASSERT_TRUE(DecodeAll(plain, EncodeBars(test, kBt601Limited)));
   TestFrame i420(PIXEL_FORMAT_I420, kSdWidth, kSdHeight);
   ASSERT_EQ(DECOMP_OK, GetWholeImage(plain, i420));
+  EXPECT_TRUE(i420.SamePictureBytes(BarsIn(kBt601Limited, kSdWidth, kSdHeight), "plain-601"));
   EXPECT_EQ(0, plain.GetConverterSetupCount());
 
-  ColourCase bt709 = bt601;
-  bt709.matrixTag = AVCOL_SPC_BT709;
+  // The red bar's luma: BT.709 codes it 80, BT.601 91 (within the rounding of the 709 samples).
+  const ColourSpace_t bt709 = Colour(k709, kLimited);
+  test.matrixTag = AVCOL_SPC_BT709;
   CDecompressor converted;
-  ASSERT_TRUE(DecodeAll(converted, EncodeBars(bt709, Colour(k709, kLimited))));
+  ASSERT_TRUE(DecodeAll(converted, EncodeBars(test, bt709)));
   ASSERT_EQ(DECOMP_OK, GetWholeImage(converted, i420));
-  EXPECT_EQ(1, converted.GetConverterSetupCount());
+  const int x = kSdWidth / kBlockColumns / 2;
+  const int y = kSdHeight / kBlockRows / 2;
+  EXPECT_EQ(80, BarsIn(bt709, kSdWidth, kSdHeight).YuvAt(x, y).y);
+  EXPECT_NEAR(91, i420.YuvAt(x, y).y, 1);
+}
+
+TEST(DecoderColour, RawPlanarFramesOfOddSizesAreReadWithTheOverrideToo) {
+  constexpr int kOddWidth = 101;
+  constexpr int kOddHeight = 75;
+  for (int format : {PIXEL_FORMAT_I420, PIXEL_FORMAT_YUV422P}) {
+    SCOPED_TRACE(format);
+    CDecompressor decoder;
+    decoder.SetColourOverride(Colour(k709, kFull));
+    TestFrame raw = BarsIn(Colour(k709, kFull), kOddWidth, kOddHeight, format);
+    ASSERT_EQ(DECOMP_OK, PutTestFrame(decoder, raw));
+    ExpectBarsDelivered(decoder, kOddWidth, kOddHeight);
+  }
 }
 
 TEST(DecoderColour, MjpegIsFullRangeAndRawFramesAreBt601Limited) {
