@@ -1,6 +1,10 @@
 // Pixel-format code lookups between the library's codes and FFmpeg's formats.
 #include "AvPixelFormats.h"
 
+extern "C" {
+#include <libavutil/pixdesc.h>
+}
+
 #include "PixelFormat.h"
 
 AVPixelFormat ToAvPixelFormat(int format) {
@@ -16,6 +20,11 @@ AVPixelFormat ToAvPixelFormat(int format) {
     case PIXEL_FORMAT_NV12: return AV_PIX_FMT_NV12;
     default: return AV_PIX_FMT_NONE;
   }
+}
+
+bool IsRgbFormat(AVPixelFormat format) {
+  const AVPixFmtDescriptor* desc = av_pix_fmt_desc_get(format);
+  return desc && (desc->flags & AV_PIX_FMT_FLAG_RGB);
 }
 
 int CallerPlane(int format, int plane) {

@@ -15,6 +15,9 @@ extern "C" {
 // FFmpeg's format for a pixel-format code; AV_PIX_FMT_NONE for an unknown code.
 AVPixelFormat ToAvPixelFormat(int format);
 
+// Whether FFmpeg's `format` holds RGB samples (which carry no YUV matrix or range).
+bool IsRgbFormat(AVPixelFormat format);
+
 // The caller's plane that carries plane `plane` of the FFmpeg picture of `format`.
 int CallerPlane(int format, int plane);
 

@@ -1,4 +1,4 @@
-// CCodecSession: send/receive on libavcodec, damaged pictures filtered out.
+// CCodecSession: send/receive on libavcodec, damaged pictures counted and shown or dropped.
 #include "CCodecSession.h"
 
 #include <cstring>
@@ -33,20 +33,47 @@ bool CopyExtradata(const std::vector<unsigned char>& extradata, AVCodecContext& 
 
 }  // namespace
 
+// A picture the codec could not complete: damaged, not shown, and what follows is predicted
+// from damage.
+void CCodecSession::CountLost() {
+  ++m_counts.damaged;
+  ++m_counts.dropped;
+  m_predictedFromDamage = true;
+}
+
+// Counts the picture and tells whether the policy shows it. Damage carries over to every
+// picture until a key frame that is itself undamaged.
+bool CCodecSession::IsShown(const AVFrame& picture) {
+  ++m_counts.decoded;
+  const bool flagged = IsDamaged(picture);
+  if (flagged || picture.key_frame) m_predictedFromDamage = flagged;
+  const bool damaged = flagged || m_predictedFromDamage;
+  if (!damaged) return true;
+  ++m_counts.damaged;
+  if (m_policy == DamagePolicy::kConceal) return true;
+  ++m_counts.dropped;
+  return false;
+}
+
+// MJPEG is full range by the JPEG convention, whether or not the decoder says so.
+void CCodecSession::MarkJpegRange(AVFrame& picture) const {
+  if (m_context->codec_id == AV_CODEC_ID_MJPEG && picture.color_range == AVCOL_RANGE_UNSPECIFIED) {
+    picture.color_range = AVCOL_RANGE_JPEG;
+  }
+}
+
 CCodecSession::CCodecSession() : m_packet(av_packet_alloc()), m_received(av_frame_alloc()) {}
 
 CCodecSession::~CCodecSession() = default;
 
-int CCodecSession::Open(const VideoStreamInfo_t& stream) {
+int CCodecSession::Open(const VideoStreamInfo_t& stream, DamagePolicy policy) {
   m_context.reset();
   const AVCodec* codec = FindDecoder(stream.codec);
   if (!codec) return DECOMP_ERROR_UNKNOWN_CODEC;
   AvCodecContextPtr context(avcodec_alloc_context3(codec));
   if (!context || !m_packet || !m_received) return DECOMP_ERROR_INTERNAL;
   context->thread_count = 1;
-  // Damage is reported instead of concealed: a concealed picture would replace the last good
-  // one with a smeared one, and the host would not learn that the stream is broken.
-  context->err_recognition |= AV_EF_EXPLODE;
+  if (policy == DamagePolicy::kDrop) context->err_recognition |= AV_EF_EXPLODE;
   context->width = stream.width;
   context->height = stream.height;
   if (stream.timeBaseNum > 0 && stream.timeBaseDen > 0) {
@@ -55,7 +82,13 @@ int CCodecSession::Open(const VideoStreamInfo_t& stream) {
   if (!CopyExtradata(stream.extradata, *context)) return DECOMP_ERROR_INTERNAL;
   if (avcodec_open2(context.get(), codec, nullptr) < 0) return DECOMP_ERROR_INTERNAL;
   m_context = std::move(context);
+  m_policy = policy;
+  m_predictedFromDamage = false;
   return DECOMP_OK;
+}
+
+const char* CCodecSession::GetCodecName() const {
+  return m_context ? avcodec_get_name(m_context->codec_id) : "";
 }
 
 int CCodecSession::Decode(const unsigned char* data, int size, long long pts,
@@ -80,29 +113,34 @@ int CCodecSession::Drain(CPictureStore& store) {
 // of reading (EAGAIN); any refusal is about the data.
 int CCodecSession::Send(const AVPacket* packet, CPictureStore& store) {
   const int sent = avcodec_send_packet(m_context.get(), packet);
-  bool damaged = false;
-  const int pictures = Receive(store, damaged);
+  bool dropped = false;
+  const int pictures = Receive(store, dropped);
   if (pictures < 0) return pictures;
   if (sent == AVERROR(ENOMEM)) return DECOMP_ERROR_INTERNAL;
-  if (sent < 0 || damaged) return DECOMP_ERROR_CORRUPT_DATA;
-  return pictures;
+  if (sent < 0) {
+    CountLost();
+    return DECOMP_ERROR_CORRUPT_DATA;
+  }
+  return dropped ? DECOMP_ERROR_CORRUPT_DATA : pictures;
 }
 
-int CCodecSession::Receive(CPictureStore& store, bool& damaged) {
+int CCodecSession::Receive(CPictureStore& store, bool& dropped) {
   int pictures = 0;
   for (;;) {
     const int received = avcodec_receive_frame(m_context.get(), m_received.get());
     if (received == AVERROR(EAGAIN) || received == AVERROR_EOF) return pictures;
     if (received == AVERROR(ENOMEM)) return DECOMP_ERROR_INTERNAL;
     if (received < 0) {
-      damaged = true;
+      CountLost();
+      dropped = true;
       return pictures;
     }
-    if (IsDamaged(*m_received)) {
-      damaged = true;
+    if (!IsShown(*m_received)) {
+      dropped = true;
       av_frame_unref(m_received.get());
       continue;
     }
+    MarkJpegRange(*m_received);
     store.Take(*m_received);
     ++pictures;
   }

@@ -2,11 +2,13 @@
 // picture store and the converter; also the process-wide video-output factory.
 #include "CDecompressor.h"
 
+#include "AvColour.h"
 #include "CCodecSession.h"
 #include "CDigitalPTZ.h"
 #include "CFrameConverter.h"
 #include "CPictureStore.h"
 #include "CPixelLayout.h"
+#include "CRateWindow.h"
 #include "IVideoOutput.h"
 #include "PixelFormat.h"
 
@@ -31,30 +33,56 @@ bool ArePlanesUsable(const Plane* planes, const int* pitches, const CPixelLayout
 
 bool IsEngaged(CDigitalPTZ* ptz) { return ptz && ptz->IsActive() && ptz->enabled; }
 
+constexpr double kRateWindowSeconds = 2.0;
+
 }  // namespace
 
 CDecompressor::CDecompressor()
     : m_session(std::make_unique<CCodecSession>()),
       m_picture(std::make_unique<CPictureStore>()),
-      m_converter(std::make_unique<CFrameConverter>()) {}
+      m_converter(std::make_unique<CFrameConverter>()),
+      m_pictureRate(std::make_unique<CRateWindow>(kRateWindowSeconds)),
+      m_bitRate(std::make_unique<CRateWindow>(kRateWindowSeconds)) {}
 
 CDecompressor::~CDecompressor() = default;
 
-int CDecompressor::Open(const VideoStreamInfo_t& stream) { return m_session->Open(stream); }
+int CDecompressor::Open(const VideoStreamInfo_t& stream) {
+  m_pictureRate->SetTimeBase(stream.timeBaseNum, stream.timeBaseDen);
+  m_bitRate->SetTimeBase(stream.timeBaseNum, stream.timeBaseDen);
+  return m_session->Open(stream, m_damagePolicy);
+}
 
 void CDecompressor::Close() { m_session->Close(); }
 
 bool CDecompressor::IsOpen() const { return m_session->IsOpen(); }
 
+void CDecompressor::SetDamagePolicy(DamagePolicy policy) { m_damagePolicy = policy; }
+
+DamagePolicy CDecompressor::GetDamagePolicy() const { return m_damagePolicy; }
+
 int CDecompressor::Decode(const unsigned char* data, int size, long long pts) {
   if (!IsOpen()) return DECOMP_ERROR_NOT_OPEN;
   if (!data || size < 1) return DECOMP_ERROR_ARGUMENT;
-  return m_session->Decode(data, size, pts, *m_picture);
+  const long long before = GetFrameCount();
+  return Measure(before, pts, size, m_session->Decode(data, size, pts, *m_picture));
 }
 
 int CDecompressor::Drain() {
   if (!IsOpen()) return DECOMP_ERROR_NOT_OPEN;
-  return m_session->Drain(*m_picture);
+  const long long before = GetFrameCount();
+  return Measure(before, GetPts(), 0, m_session->Drain(*m_picture));
+}
+
+// Feeds the rate windows with a packet's bits and the pictures it completed, and stamps the
+// time of the latest picture. Passes `result` through.
+int CDecompressor::Measure(long long countBefore, long long pts, int bytes, int result) {
+  const long long pictures = GetFrameCount() - countBefore;
+  if (bytes > 0) m_bitRate->Add(pts, 8.0 * bytes);
+  if (pictures > 0) {
+    m_pictureRate->Add(GetPts(), static_cast<double>(pictures));
+    m_latestPictureTime = std::chrono::steady_clock::now();
+  }
+  return result;
 }
 
 int CDecompressor::PutFrame(const unsigned char* const* planes, const int* pitches, int format,
@@ -63,7 +91,9 @@ int CDecompressor::PutFrame(const unsigned char* const* planes, const int* pitch
   if (!layout.IsValid() || !ArePlanesUsable(planes, pitches, layout)) {
     return DECOMP_ERROR_ARGUMENT;
   }
-  return m_picture->Import(planes, pitches, layout, pts);
+  const int result = m_picture->Import(planes, pitches, layout, pts);
+  if (result == DECOMP_OK) m_latestPictureTime = std::chrono::steady_clock::now();
+  return result;
 }
 
 bool CDecompressor::HasFrame() const { return !m_picture->IsEmpty(); }
@@ -76,7 +106,36 @@ long long CDecompressor::GetPts() const { return m_picture->GetPts(); }
 
 long long CDecompressor::GetFrameCount() const { return m_picture->GetCount(); }
 
+DecoderStatistics_t CDecompressor::GetStatistics() const {
+  const CCodecSession::Counts& counts = m_session->GetCounts();
+  DecoderStatistics_t statistics;
+  statistics.picturesDecoded = counts.decoded;
+  statistics.picturesDamaged = counts.damaged;
+  statistics.picturesDropped = counts.dropped;
+  statistics.framesPerSecond = m_pictureRate->GetRate();
+  statistics.bitsPerSecond = m_bitRate->GetRate();
+  if (HasFrame()) {
+    const std::chrono::duration<double> age =
+        std::chrono::steady_clock::now() - m_latestPictureTime;
+    statistics.latestPictureAge = age.count();
+  }
+  statistics.codec = m_session->GetCodecName();
+  statistics.width = GetWidth();
+  statistics.height = GetHeight();
+  statistics.colour = GetSourceColour();
+  return statistics;
+}
+
 int CDecompressor::GetConverterSetupCount() const { return m_converter->GetSetupCount(); }
+
+void CDecompressor::SetColourOverride(const ColourSpace_t& colour) { m_colourOverride = colour; }
+
+ColourSpace_t CDecompressor::GetColourOverride() const { return m_colourOverride; }
+
+ColourSpace_t CDecompressor::GetSourceColour() const {
+  if (!HasFrame()) return ColourSpace_t{};
+  return WithOverride(ColourOf(m_picture->Get()), m_colourOverride);
+}
 
 int CDecompressor::GetImage(unsigned char** planes, int* pitches, int format, int width, int height,
                             int srcX, int srcY, int srcWidth, int srcHeight, CDigitalPTZ* ptz) {
@@ -119,7 +178,7 @@ bool CDecompressor::IsInsidePicture(const PtzRect& rect) const {
 
 int CDecompressor::Convert(unsigned char* const* planes, const int* pitches,
                            const CPixelLayout& target, const PtzRect& crop) {
-  return m_converter->Convert(m_picture->Get(), crop, target, planes, pitches);
+  return m_converter->Convert(m_picture->Get(), GetSourceColour(), crop, target, planes, pitches);
 }
 
 void CDecompressor::SetVideoOutputFactory(VideoOutputFactory factory) {

@@ -18,6 +18,7 @@
 // outputs instead of drawing them.
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -30,6 +31,7 @@ class CDigitalPTZ;
 class CFrameConverter;
 class CPictureStore;
 class CPixelLayout;
+class CRateWindow;
 class IVideoOutput;
 struct PtzRect;
 
@@ -48,10 +50,21 @@ class CDecompressor {
   void Close();
   bool IsOpen() const;
 
+  // Damaged pictures: those the codec flags (concealed errors, missing references) and those
+  // predicted from them until the next key frame. kConceal (the default) shows them as
+  // libavcodec's error concealment repaired them; kDrop leaves them out, so the last good
+  // picture stays. Concealment is the default because it serves an operator better: a lossy
+  // camera link keeps the tile moving, with a smear where a slice was lost, instead of
+  // freezing on an old picture that looks live; the statistics count the damage either way,
+  // so a host can mark the tile as degraded. Applies from the next Open.
+  void SetDamagePolicy(DamagePolicy policy);
+  DamagePolicy GetDamagePolicy() const;
+
   // Feeds one compressed packet with its presentation time. Returns the number of new
-  // pictures it completed (0 while the codec waits for more data), or a negative code:
-  // DECOMP_ERROR_NOT_OPEN, DECOMP_ERROR_ARGUMENT (no data), DECOMP_ERROR_CORRUPT_DATA (the
-  // data was rejected or a damaged picture dropped; the last good picture stays).
+  // pictures it completed (0 while the codec waits for more data; damaged ones included under
+  // kConceal), or a negative code: DECOMP_ERROR_NOT_OPEN, DECOMP_ERROR_ARGUMENT (no data),
+  // DECOMP_ERROR_CORRUPT_DATA (the codec rejected the data, or under kDrop a damaged picture
+  // was dropped; the last good picture stays).
   int Decode(const unsigned char* data, int size, long long pts);
 
   // At the end of a stream: collects the pictures the codec still holds back for reordering,
@@ -76,17 +89,38 @@ class CDecompressor {
   // Pictures taken in since construction, decoded and raw.
   long long GetFrameCount() const;
 
+  // Counts, rates, the latest picture's age and the stream's description; see
+  // DecoderStatistics_t. Reads a few fields, allocates nothing.
+  DecoderStatistics_t GetStatistics() const;
+
   // How often GetImage had to build its conversion anew (once per change of source format,
   // crop size, target format or target size); hosts can log it to spot a stream whose
   // parameters keep changing.
   int GetConverterSetupCount() const;
 
+  // Colour. GetImage reads a picture's YUV samples with the matrix (BT.601, BT.709, BT.2020)
+  // and range (limited or full) its stream signals. Where a stream signals none, HD sizes
+  // (1280 wide or 720 high and up) are read as BT.709 and smaller ones as BT.601, in limited
+  // range, except MJPEG, which is full range; raw frames (PutFrame) are BT.601 limited range.
+  // A host whose camera tags its stream wrongly overrides the matrix, the range or both
+  // (kFromStream leaves that field to the stream); the override holds for every later
+  // picture, across Open and raw frames, until it is set again.
+  void SetColourOverride(const ColourSpace_t& colour);
+  ColourSpace_t GetColourOverride() const;
+
+  // How the latest picture's samples are read: its own colour with the override applied;
+  // both fields kFromStream before the first picture.
+  ColourSpace_t GetSourceColour() const;
+
   // Writes the latest picture into `planes` / `pitches` as `format` at `width` x `height`:
   // - the source rectangle (srcX, srcY, srcWidth, srcHeight) must lie inside the picture;
   // - with an engaged `ptz` (non-null, IsActive() and enabled) the picture is cropped further
   //   to the PTZ's zoom window inside that rectangle (CDigitalPTZ::GetZoomWindow);
-  // - the crop is then converted (BT.601 limited range on the YUV side; RGBA32 gets alpha 255
-  //   unless the picture came in as RGBA32) and scaled;
+  // - the crop is then converted and scaled: YUV formats receive BT.601 limited range (the
+  //   matrix the renderer's GL programs invert), RGB formats the picture's RGB, read with
+  //   GetSourceColour(); RGBA32 gets alpha 255 unless the picture came in as RGBA32. Only a
+  //   BT.601 limited-range picture copied to its own format at its own size is a plain copy;
+  //   a BT.709 picture into I420 is converted;
   // - each plane gets the rows and row bytes the frame-buffer table gives it (CPixelLayout),
   //   rows `pitch` apart; nothing else in the caller's buffer is written. Odd sizes follow the
   //   table: the last column (row) of an odd 4:2:x picture has no chroma sample of its own.
@@ -125,11 +159,17 @@ class CDecompressor {
 
  private:
   bool IsInsidePicture(const PtzRect& rect) const;
+  int Measure(long long countBefore, long long pts, int bytes, int result);
   int Convert(unsigned char* const* planes, const int* pitches, const CPixelLayout& target,
               const PtzRect& crop);
 
   std::unique_ptr<CCodecSession> m_session;
   std::unique_ptr<CPictureStore> m_picture;
   std::unique_ptr<CFrameConverter> m_converter;
+  ColourSpace_t m_colourOverride;
+  DamagePolicy m_damagePolicy = DamagePolicy::kConceal;
+  std::unique_ptr<CRateWindow> m_pictureRate;
+  std::unique_ptr<CRateWindow> m_bitRate;
+  std::chrono::steady_clock::time_point m_latestPictureTime;
   std::vector<unsigned char> m_outputBuffer;
 };

@@ -9,10 +9,12 @@ extern "C" {
 #include <libavutil/pixdesc.h>
 }
 
+#include "AvColour.h"
 #include "AvPixelFormats.h"
 #include "CPixelLayout.h"
 #include "DecompressorTypes.h"
 #include "PictureCopy.h"
+#include "YuvMatrix.h"
 
 namespace {
 
@@ -33,7 +35,19 @@ bool IsUnscaled(const CScaler::Key& key) {
 }
 
 bool IsPlainCopy(const CScaler::Key& key) {
-  return key.sourceFormat == key.targetFormat && !key.fullRange && IsUnscaled(key);
+  return key.sourceFormat == key.targetFormat && key.sourceColour == key.targetColour &&
+         IsUnscaled(key);
+}
+
+// RGB samples carry no matrix or range: an RGB source counts as already delivered colour.
+ColourSpace_t SourceColour(AVPixelFormat format, const ColourSpace_t& colour) {
+  return IsRgbFormat(format) ? kDeliveredColour : colour;
+}
+
+// YUV into YUV from another matrix or range: rewritten directly where the format allows.
+bool NeedsRewrite(const CScaler::Key& key) {
+  return !IsRgbFormat(key.targetFormat) && !(key.sourceColour == kDeliveredColour) &&
+         CanRewriteYuv(key.sourceFormat);
 }
 
 bool IsUnscaledOddSize(const CScaler::Key& key) {
@@ -41,18 +55,16 @@ bool IsUnscaledOddSize(const CScaler::Key& key) {
 }
 
 // The YUV format to scale in before converting to RGB at the target size, or
-// AV_PIX_FMT_NONE where one step is the better road (no scaling, odd target sizes, sources
-// that are not YUV with halved chroma width).
+// AV_PIX_FMT_NONE where one step is the better road (odd scaled target sizes, sources that are
+// not YUV with subsampled chroma, targets that are not RGB). The first step brings chroma to
+// full resolution, so the conversion to RGB reads one chroma sample per pixel.
 AVPixelFormat IntermediateFormat(const CScaler::Key& key) {
   const AVPixFmtDescriptor& source = *av_pix_fmt_desc_get(key.sourceFormat);
-  const AVPixFmtDescriptor& target = *av_pix_fmt_desc_get(key.targetFormat);
   const bool evenTarget = key.targetWidth % 2 == 0 && key.targetHeight % 2 == 0;
-  const bool halvedChroma = !(source.flags & AV_PIX_FMT_FLAG_RGB) && source.nb_components >= 3 &&
-                            source.log2_chroma_w == 1;
-  if (IsUnscaled(key) || !evenTarget || !halvedChroma || !(target.flags & AV_PIX_FMT_FLAG_RGB)) {
-    return AV_PIX_FMT_NONE;
-  }
-  return source.log2_chroma_h == 1 ? AV_PIX_FMT_YUV420P : AV_PIX_FMT_YUV422P;
+  const bool subsampledChroma = !IsRgbFormat(key.sourceFormat) && source.nb_components >= 3 &&
+                                source.log2_chroma_w + source.log2_chroma_h > 0;
+  if (!evenTarget || !subsampledChroma || !IsRgbFormat(key.targetFormat)) return AV_PIX_FMT_NONE;
+  return AV_PIX_FMT_YUV444P;
 }
 
 // The crop's top-left corner in every plane. Subsampled chroma starts at the sample that covers
@@ -85,22 +97,25 @@ void CopyOut(const PlaneView& view, const CPixelLayout& target, unsigned char* c
 
 }  // namespace
 
-CFrameConverter::CFrameConverter() : m_staging(av_frame_alloc()) {}
+CFrameConverter::CFrameConverter() : m_staging(av_frame_alloc()), m_rewritten(av_frame_alloc()) {}
 
 CFrameConverter::~CFrameConverter() = default;
 
-int CFrameConverter::Convert(const AVFrame& source, const PtzRect& crop, const CPixelLayout& target,
+int CFrameConverter::Convert(const AVFrame& source, const ColourSpace_t& colour,
+                             const PtzRect& crop, const CPixelLayout& target,
                              unsigned char* const* planes, const int* pitches) {
-  const AvSourceFormat described = DescribeSource(source);
-  if (!IsAddressable(described.format)) return DECOMP_ERROR_UNSUPPORTED;
-  CScaler::Key key{described.format,
-                   described.fullRange,
+  const AVPixelFormat format = DescribeSource(source).format;
+  if (!IsAddressable(format)) return DECOMP_ERROR_UNSUPPORTED;
+  CScaler::Key key{format,
+                   SourceColour(format, colour),
                    crop.width,
                    crop.height,
                    ToAvPixelFormat(target.GetFormat()),
+                   kDeliveredColour,
                    target.GetWidth(),
                    target.GetHeight()};
-  PlaneView view = CropView(source, described.format, crop);
+  PlaneView view = CropView(source, format, crop);
+  if (NeedsRewrite(key) && !Rewrite(key, view)) return DECOMP_ERROR_INTERNAL;
   if (IsPlainCopy(key)) {
     CopyOut(view, target, planes, pitches);
     return DECOMP_OK;
@@ -114,6 +129,19 @@ int CFrameConverter::Convert(const AVFrame& source, const PtzRect& crop, const C
 
 int CFrameConverter::GetSetupCount() const {
   return m_first.GetSetupCount() + m_second.GetSetupCount();
+}
+
+// The crop in delivered colour, in a picture of its own; from here on the source.
+bool CFrameConverter::Rewrite(CScaler::Key& key, PlaneView& view) {
+  if (!m_rewritten ||
+      !EnsurePictureBuffer(*m_rewritten, key.sourceFormat, key.sourceWidth, key.sourceHeight)) {
+    return false;
+  }
+  RewriteYuv(view, key.sourceFormat, key.sourceWidth, key.sourceHeight, key.sourceColour,
+             *m_rewritten);
+  view = ViewOf(*m_rewritten);
+  key.sourceColour = kDeliveredColour;
+  return true;
 }
 
 // libswscale's unscaled converters drop the last column of some odd widths, so an unscaled
@@ -143,11 +171,14 @@ bool CFrameConverter::Stage(CScaler::Key& key, PlaneView& view) {
 const AVFrame* CFrameConverter::Scale(const CScaler::Key& key, const PlaneView& view) {
   const AVPixelFormat between = IntermediateFormat(key);
   if (between == AV_PIX_FMT_NONE) return m_first.Run(key, view) ? &m_first.Output() : nullptr;
+  // The scaling step keeps the source's colour; the converting step reads it.
   CScaler::Key scaling = key;
   scaling.targetFormat = between;
-  const CScaler::Key converting{
-      between,          false,           key.targetWidth, key.targetHeight,
-      key.targetFormat, key.targetWidth, key.targetHeight};
+  scaling.targetColour = key.sourceColour;
+  CScaler::Key converting = key;
+  converting.sourceFormat = between;
+  converting.sourceWidth = key.targetWidth;
+  converting.sourceHeight = key.targetHeight;
   const bool done =
       m_first.Run(scaling, view) && m_second.Run(converting, ViewOf(m_first.Output()));
   return done ? &m_second.Output() : nullptr;

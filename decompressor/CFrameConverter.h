@@ -14,8 +14,13 @@
 // format and the target size stay the same, so steady streams allocate nothing per frame. It
 // does not check arguments (the decoder does) and keeps no picture of the stream.
 //
-// Colour: BT.601 limited range on the YUV side, the matrix the renderer's GL programs use;
-// full-range (JPEG) sources are mapped into the limited range of the YUV targets.
+// Colour: the caller says how the source's YUV samples are to be read (matrix and range). YUV
+// targets get BT.601 limited range, the matrix the renderer's GL programs invert; RGB targets
+// get the source's own matrix and range inverted. A source already in BT.601 limited range
+// copied to its own format at its own size stays a plain copy; any other source is converted.
+// Planar 8-bit YUV of another matrix or range bound for a YUV target is first rewritten into
+// BT.601 limited range (YuvMatrix), far cheaper than libswscale's road through RGB; other
+// formats take that road.
 #pragma once
 
 #include "AvHandles.h"
@@ -31,19 +36,22 @@ class CFrameConverter {
   CFrameConverter(const CFrameConverter&) = delete;
   CFrameConverter& operator=(const CFrameConverter&) = delete;
 
-  // Writes `crop` (inside the picture) of `source` into `planes` as `target` lays them out.
-  // DECOMP_OK, or an error code with nothing written.
-  int Convert(const AVFrame& source, const PtzRect& crop, const CPixelLayout& target,
-              unsigned char* const* planes, const int* pitches);
+  // Writes `crop` (inside the picture) of `source`, whose YUV samples are in `colour` (a
+  // resolved colour, no kFromStream), into `planes` as `target` lays them out. DECOMP_OK, or
+  // an error code with nothing written.
+  int Convert(const AVFrame& source, const ColourSpace_t& colour, const PtzRect& crop,
+              const CPixelLayout& target, unsigned char* const* planes, const int* pitches);
 
   // How often a conversion step had to be built anew: on changes of conversion parameters.
   int GetSetupCount() const;
 
  private:
+  bool Rewrite(CScaler::Key& key, PlaneView& view);
   bool Stage(CScaler::Key& key, PlaneView& view);
   const AVFrame* Scale(const CScaler::Key& key, const PlaneView& view);
 
   CScaler m_first;
   CScaler m_second;
   AvFramePtr m_staging;
+  AvFramePtr m_rewritten;
 };

@@ -1,6 +1,7 @@
 // CPictureStore: one picture by reference, or a reused buffer for raw frames.
 #include "CPictureStore.h"
 
+#include "AvColour.h"
 #include "CPixelLayout.h"
 #include "DecompressorTypes.h"
 #include "PictureCopy.h"
@@ -24,7 +25,8 @@ int CPictureStore::Import(const unsigned char* const* planes, const int* pitches
   }
   ImportRawFrame(planes, pitches, layout, *m_picture);
   m_picture->pts = pts;
-  m_picture->color_range = AVCOL_RANGE_MPEG;
+  m_picture->colorspace = AvMatrix(kDeliveredColour.matrix);
+  m_picture->color_range = AvRange(kDeliveredColour.range);
   ++m_count;
   return DECOMP_OK;
 }

@@ -3,14 +3,49 @@
 
 extern "C" {
 #include <libavutil/opt.h>
+#include <libavutil/pixdesc.h>
 }
 
+#include "AvColour.h"
+#include "AvPixelFormats.h"
 #include "PictureCopy.h"
 
 namespace {
 
-// Bilinear filtering: smooth up- and downscaling at a fraction of the cost of bicubic.
-constexpr int kScalerFlags = SWS_BILINEAR;
+int ChromaShifts(AVPixelFormat format) {
+  const AVPixFmtDescriptor& desc = *av_pix_fmt_desc_get(format);
+  return desc.log2_chroma_w + desc.log2_chroma_h;
+}
+
+// Bilinear filtering: smooth up- and downscaling at a fraction of the cost of bicubic. A step
+// that only spreads chroma over more samples at the same picture size replicates each sample
+// (as the frame-buffer table's readers do). A step that changes how colour is written (YUV to
+// RGB or back, another matrix or range) rounds accurately and computes every output pixel
+// from chroma at full width: libswscale's fast paths are up to two levels off.
+int FlagsFor(const CScaler::Key& key) {
+  const bool unscaled = key.sourceWidth == key.targetWidth && key.sourceHeight == key.targetHeight;
+  if (IsRgbFormat(key.sourceFormat) != IsRgbFormat(key.targetFormat) ||
+      !(key.sourceColour == key.targetColour)) {
+    return SWS_BILINEAR | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT;
+  }
+  if (unscaled && ChromaShifts(key.targetFormat) < ChromaShifts(key.sourceFormat)) {
+    return SWS_POINT;
+  }
+  return SWS_BILINEAR;
+}
+
+constexpr int kNeutral = 1 << 16;  // brightness 0, contrast and saturation 1 in 16.16
+
+// The matrices and ranges of both sides; set after the context is built, when libswscale can
+// add the RGB step that a YUV-to-YUV change of matrix needs.
+bool SetColour(SwsContext& context, const CScaler::Key& key) {
+  const ColourSpace_t& source = key.sourceColour;
+  const ColourSpace_t& target = key.targetColour;
+  return sws_setColorspaceDetails(&context, sws_getCoefficients(SwsMatrix(source.matrix)),
+                                  source.range == ColourRange::kFull,
+                                  sws_getCoefficients(SwsMatrix(target.matrix)),
+                                  target.range == ColourRange::kFull, 0, kNeutral, kNeutral) >= 0;
+}
 
 }  // namespace
 
@@ -24,10 +59,10 @@ PlaneView ViewOf(const AVFrame& picture) {
 }
 
 bool CScaler::Key::operator==(const Key& other) const {
-  return sourceFormat == other.sourceFormat && fullRange == other.fullRange &&
+  return sourceFormat == other.sourceFormat && sourceColour == other.sourceColour &&
          sourceWidth == other.sourceWidth && sourceHeight == other.sourceHeight &&
-         targetFormat == other.targetFormat && targetWidth == other.targetWidth &&
-         targetHeight == other.targetHeight;
+         targetFormat == other.targetFormat && targetColour == other.targetColour &&
+         targetWidth == other.targetWidth && targetHeight == other.targetHeight;
 }
 
 CScaler::CScaler() : m_output(av_frame_alloc()) {}
@@ -58,12 +93,12 @@ SwsContextPtr CScaler::Build(const Key& key) {
   av_opt_set_int(context.get(), "srcw", key.sourceWidth, 0);
   av_opt_set_int(context.get(), "srch", key.sourceHeight, 0);
   av_opt_set_int(context.get(), "src_format", key.sourceFormat, 0);
-  av_opt_set_int(context.get(), "src_range", key.fullRange ? 1 : 0, 0);
+  av_opt_set_int(context.get(), "src_range", key.sourceColour.range == ColourRange::kFull, 0);
   av_opt_set_int(context.get(), "dstw", key.targetWidth, 0);
   av_opt_set_int(context.get(), "dsth", key.targetHeight, 0);
   av_opt_set_int(context.get(), "dst_format", key.targetFormat, 0);
-  av_opt_set_int(context.get(), "dst_range", 0, 0);
-  av_opt_set_int(context.get(), "sws_flags", kScalerFlags, 0);
+  av_opt_set_int(context.get(), "dst_range", key.targetColour.range == ColourRange::kFull, 0);
+  av_opt_set_int(context.get(), "sws_flags", FlagsFor(key), 0);
   if (sws_init_context(context.get(), nullptr, nullptr) < 0) return nullptr;
-  return context;
+  return SetColour(*context, key) ? std::move(context) : nullptr;
 }

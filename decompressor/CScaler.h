@@ -3,11 +3,13 @@
 //
 // CFrameConverter chains one or two of these; a step only converts and scales between two
 // FFmpeg pictures of its own choosing. It knows nothing of crops, caller buffers or the
-// frame-buffer table. Colour: BT.601, limited range on every YUV output; the source range is
-// part of the parameters.
+// frame-buffer table. Colour: the source's and the target's matrix and range are part of the
+// parameters (libswscale reads them only on the YUV side of a step); a YUV-to-YUV step between
+// two matrices runs through RGB inside libswscale.
 #pragma once
 
 #include "AvHandles.h"
+#include "DecompressorTypes.h"
 
 // Plane pointers and pitches of a picture, possibly moved to the corner of a crop.
 struct PlaneView {
@@ -21,10 +23,11 @@ class CScaler {
  public:
   struct Key {
     AVPixelFormat sourceFormat = AV_PIX_FMT_NONE;
-    bool fullRange = false;
+    ColourSpace_t sourceColour;
     int sourceWidth = 0;
     int sourceHeight = 0;
     AVPixelFormat targetFormat = AV_PIX_FMT_NONE;
+    ColourSpace_t targetColour;
     int targetWidth = 0;
     int targetHeight = 0;
     bool operator==(const Key& other) const;

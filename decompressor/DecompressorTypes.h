@@ -23,6 +23,54 @@ enum : int {
   DECOMP_ERROR_INTERNAL = -10,      // the codec library failed (out of memory, ...)
 };
 
+// The matrix between a picture's YUV samples and RGB. kFromStream is only an override's "no
+// override"; a picture's resolved colour is always one of the three matrices.
+enum class ColourMatrix : int { kFromStream = 0, kBt601, kBt709, kBt2020 };
+
+// The span of a picture's YUV samples: limited (Y 16..235, U and V 16..240) or full (0..255).
+// kFromStream as for ColourMatrix.
+enum class ColourRange : int { kFromStream = 0, kLimited, kFull };
+
+// How a picture's YUV samples are to be read.
+struct ColourSpace_t {
+  ColourMatrix matrix = ColourMatrix::kFromStream;
+  ColourRange range = ColourRange::kFromStream;
+  bool operator==(const ColourSpace_t& other) const {
+    return matrix == other.matrix && range == other.range;
+  }
+};
+
+// What a decoder does with a picture the codec reports as damaged, and with the pictures
+// predicted from it until the next key frame.
+enum class DamagePolicy : int {
+  kConceal = 0,  // show it as libavcodec's error concealment repaired it
+  kDrop,         // do not show it; the last good picture stays
+};
+
+// A decoder's health at a glance, for a host's overlay and watchdog; cheap to read every paint.
+struct DecoderStatistics_t {
+  // Pictures since construction: completed by the codec (good or damaged); damaged (flagged by
+  // the codec, predicted from a damaged one until the next key frame, or lost in data the codec
+  // rejected); dropped (damaged and not shown, under DamagePolicy::kDrop or lost).
+  long long picturesDecoded = 0;
+  long long picturesDamaged = 0;
+  long long picturesDropped = 0;
+  // Over the last two seconds of stream time (packet timestamps): pictures taken in per second
+  // and compressed bits per second; 0 until two timestamps lie apart.
+  double framesPerSecond = 0;
+  double bitsPerSecond = 0;
+  // Wall-clock seconds since the latest picture was taken in (decoded or raw); -1 before the
+  // first. A watchdog compares it with the stream's frame interval.
+  double latestPictureAge = -1;
+  // The open stream's codec as libavcodec names it ("h264", ...; "" while none is open; a
+  // string with static lifetime), the latest picture's size (0 x 0 before the first) and how
+  // its samples are read (CDecompressor::GetSourceColour).
+  const char* codec = "";
+  int width = 0;
+  int height = 0;
+  ColourSpace_t colour;
+};
+
 // One compressed video stream as a decoder needs to know it.
 struct VideoStreamInfo_t {
   // Codec as libavcodec names it: "h264", "hevc", "mjpeg", "mpeg4", ...

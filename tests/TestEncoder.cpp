@@ -11,17 +11,18 @@ AVPixelFormat InputFormat(const AVCodec& codec) {
   return codec.id == AV_CODEC_ID_MJPEG ? AV_PIX_FMT_YUVJ420P : AV_PIX_FMT_YUV420P;
 }
 
-// High quality settings, so decoded pictures stay close to what went in.
-void SetQuality(const AVCodec& codec, AVCodecContext& context) {
+// High quality settings, so decoded pictures stay close to what went in; lossless where asked.
+void SetQuality(const AVCodec& codec, bool lossless, AVCodecContext& context) {
   switch (codec.id) {
     case AV_CODEC_ID_H264:
       av_opt_set(context.priv_data, "preset", "veryfast", 0);
-      av_opt_set(context.priv_data, "crf", "18", 0);
+      av_opt_set(context.priv_data, lossless ? "qp" : "crf", lossless ? "0" : "18", 0);
       break;
     case AV_CODEC_ID_HEVC:
       av_opt_set(context.priv_data, "preset", "ultrafast", 0);
       av_opt_set(context.priv_data, "crf", "18", 0);
-      av_opt_set(context.priv_data, "x265-params", "log-level=none", 0);
+      av_opt_set(context.priv_data, "x265-params",
+                 lossless ? "log-level=none:lossless=1" : "log-level=none", 0);
       break;
     default:
       context.flags |= AV_CODEC_FLAG_QSCALE;
@@ -34,9 +35,13 @@ void SetQuality(const AVCodec& codec, AVCodecContext& context) {
 
 TestEncoder::TestEncoder(const std::string& encoder, int width, int height, int rate,
                          bool globalHeader)
+    : TestEncoder(encoder, width, height, rate, EncoderSettings{globalHeader}) {}
+
+TestEncoder::TestEncoder(const std::string& encoder, int width, int height, int rate,
+                         const EncoderSettings& settings)
     : m_input(av_frame_alloc()), m_packet(av_packet_alloc()) {
   const AVCodec* codec = avcodec_find_encoder_by_name(encoder.c_str());
-  if (codec && m_input && m_packet && !Open(*codec, width, height, rate, globalHeader)) {
+  if (codec && m_input && m_packet && !Open(*codec, width, height, rate, settings)) {
     m_context.reset();
   }
 }
@@ -60,7 +65,8 @@ VideoStreamInfo_t TestEncoder::StreamInfo() const {
   return info;
 }
 
-bool TestEncoder::Open(const AVCodec& codec, int width, int height, int rate, bool globalHeader) {
+bool TestEncoder::Open(const AVCodec& codec, int width, int height, int rate,
+                       const EncoderSettings& settings) {
   m_context.reset(avcodec_alloc_context3(&codec));
   if (!m_context) return false;
   m_context->width = width;
@@ -70,9 +76,12 @@ bool TestEncoder::Open(const AVCodec& codec, int width, int height, int rate, bo
   m_context->framerate = AVRational{rate, 1};
   m_context->gop_size = 10;
   m_context->max_b_frames = codec.id == AV_CODEC_ID_MPEG4 ? 2 : m_context->max_b_frames;
+  if (!settings.bFrames) m_context->max_b_frames = 0;
   m_context->thread_count = 1;
-  if (globalHeader) m_context->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
-  SetQuality(codec, *m_context);
+  m_context->colorspace = settings.matrix;
+  m_context->color_range = settings.range;
+  if (settings.globalHeader) m_context->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
+  SetQuality(codec, settings.lossless, *m_context);
   if (avcodec_open2(m_context.get(), &codec, nullptr) < 0) return false;
   m_input->format = m_context->pix_fmt;
   m_input->width = width;

@@ -4,7 +4,9 @@
 // them), converts them to the encoder's input format (full-range YUV for MJPEG, as IP cameras
 // send it) and collects the packets. With global headers the codec configuration goes to
 // extradata, as MP4 and Matroska want it; otherwise it travels in-band with every key frame.
-// It does not write files (TestMovieWriter does) and does not decode.
+// Settings can tag the stream's colour (the samples pass through as given: the encoder does
+// not convert them), make it lossless and leave out B-frames. It does not write files
+// (TestMovieWriter does) and does not decode.
 #pragma once
 
 #include <string>
@@ -20,11 +22,21 @@ struct EncodedPacket {
   bool keyFrame = false;
 };
 
+struct EncoderSettings {
+  bool globalHeader = false;
+  bool lossless = false;  // libx264 and libx265 only
+  bool bFrames = true;    // false: pictures come out in decoding order
+  AVColorSpace matrix = AVCOL_SPC_UNSPECIFIED;
+  AVColorRange range = AVCOL_RANGE_UNSPECIFIED;
+};
+
 class TestEncoder {
  public:
   // `encoder` is a libavcodec encoder name: "mpeg4", "mjpeg", "libx264", "libx265".
   TestEncoder(const std::string& encoder, int width, int height, int rate,
               bool globalHeader = false);
+  TestEncoder(const std::string& encoder, int width, int height, int rate,
+              const EncoderSettings& settings);
 
   bool IsOpen() const { return m_context != nullptr; }
 
@@ -40,7 +52,7 @@ class TestEncoder {
   VideoStreamInfo_t StreamInfo() const;
 
  private:
-  bool Open(const AVCodec& codec, int width, int height, int rate, bool globalHeader);
+  bool Open(const AVCodec& codec, int width, int height, int rate, const EncoderSettings& settings);
   bool Convert(unsigned char* const* planes, const int* pitches);
   bool Send(const AVFrame* frame);
 

@@ -135,11 +135,22 @@ bool EncodeCameraFrames(CSyntheticCamera& camera, TestEncoder& encoder, int coun
 
 EncodedStream EncodeCamera(const char* encoder, int width, int height, int rate, int frames,
                            bool globalHeader) {
+  return EncodeCamera(encoder, width, height, rate, frames, EncoderSettings{globalHeader});
+}
+
+EncodedStream EncodeCamera(const char* encoder, int width, int height, int rate, int frames,
+                           const EncoderSettings& settings) {
   CSyntheticCamera camera(width, height, rate);
-  TestEncoder stream(encoder, width, height, rate, globalHeader);
+  TestEncoder stream(encoder, width, height, rate, settings);
   EXPECT_TRUE(stream.IsOpen()) << encoder;
   EXPECT_TRUE(EncodeCameraFrames(camera, stream, frames));
   return EncodedStream{stream.StreamInfo(), stream.Packets()};
+}
+
+EncodedStream EncodeInOrderCamera(int frames) {
+  EncoderSettings settings;
+  settings.bFrames = false;
+  return EncodeCamera("libx264", kStreamWidth, kStreamHeight, kStreamRate, frames, settings);
 }
 
 ::testing::AssertionResult CloseToCamera(CDecompressor& decoder, long long index, int rate,

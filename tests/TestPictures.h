@@ -70,6 +70,13 @@ struct EncodedStream {
 // `frames` pictures of a `width` x `height` camera at `rate`, encoded with `encoder`.
 EncodedStream EncodeCamera(const char* encoder, int width, int height, int rate, int frames,
                            bool globalHeader = false);
+EncodedStream EncodeCamera(const char* encoder, int width, int height, int rate, int frames,
+                           const EncoderSettings& settings);
+
+// `frames` camera pictures of kStreamWidth x kStreamHeight at kStreamRate, H.264 with a key
+// frame every 10 pictures and no B-frames, so pictures come out in the order their packets go
+// in (the damage and statistics tests count by packet).
+EncodedStream EncodeInOrderCamera(int frames);
 
 // The decoder's latest picture is within kCodecMeanError of picture `index` of a camera of
 // its size.

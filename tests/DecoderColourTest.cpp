@@ -1,0 +1,318 @@
+// Colour on real streams: colour bars encoded losslessly with libx264 and libx265, tagged with
+// each matrix and range or not at all, at an SD and an HD size, come out of GetImage as the
+// reference conversion of the bars says (I420 in BT.601 limited range, RGB24 as the bars
+// were), and the renderer's BT.601 inverse of the delivered I420 gives the bars back. Also the
+// host's override, the conventions for unsignalled streams and the plain copy that stays.
+// The references are computed here from the standards' luma weights, not through libswscale.
+// Lossy coding is left out on purpose: the bars are encoded losslessly, so every error
+// measured is the decoder's conversion.
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <functional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <decompressor/CDecompressor.h>
+#include <decompressor/PixelFormat.h>
+
+extern "C" {
+#include <libavutil/pixdesc.h>
+}
+
+#include "TestPictures.h"
+
+namespace {
+
+constexpr int kSdWidth = 160;
+constexpr int kSdHeight = 120;
+constexpr int kHdWidth = 1280;
+constexpr int kHdHeight = 720;
+constexpr int kPictures = 2;
+
+// Pixels closer than this to a bar edge are not measured (chroma subsampling and filters).
+constexpr double kEdgeMargin = 4.0;
+constexpr double kMeanLimit = 1.0;
+constexpr int kMaxLimit = 3;
+
+constexpr ColourSpace_t kBt601Limited{ColourMatrix::kBt601, ColourRange::kLimited};
+
+struct ColourCase {
+  std::string name;
+  const char* encoder;
+  int width;
+  int height;
+  AVColorSpace matrixTag;
+  AVColorRange rangeTag;
+  ColourSpace_t expected;  // what the tags (or the conventions) make of the samples
+};
+
+void PrintTo(const ColourCase& test, std::ostream* out) { *out << test.name; }
+
+LumaWeights WeightsOf(ColourMatrix matrix) {
+  switch (matrix) {
+    case ColourMatrix::kBt709: return kBt709Weights;
+    case ColourMatrix::kBt2020: return kBt2020Weights;
+    default: return kBt601Weights;
+  }
+}
+
+bool IsFull(const ColourSpace_t& colour) { return colour.range == ColourRange::kFull; }
+
+// Mean and largest absolute error per channel over the bars' flat interiors.
+struct ChannelErrors {
+  std::array<double, 3> mean{};
+  std::array<int, 3> max{};
+};
+
+using Samples = std::function<std::array<int, 3>(int, int)>;
+
+bool IsFlat(int x, int y, int width, int height) {
+  return DistanceToBlockEdge(x + 0.5, width, kBlockColumns) > kEdgeMargin &&
+         DistanceToBlockEdge(y + 0.5, height, kBlockRows) > kEdgeMargin;
+}
+
+ChannelErrors Measure(int width, int height, const Samples& actual, const Samples& expected) {
+  ChannelErrors errors;
+  long long count = 0;
+  std::array<long long, 3> sums{};
+  for (int y = 0; y < height; ++y) {
+    for (int x = 0; x < width; ++x) {
+      if (!IsFlat(x, y, width, height)) continue;
+      const std::array<int, 3> got = actual(x, y);
+      const std::array<int, 3> want = expected(x, y);
+      for (int c = 0; c < 3; ++c) {
+        const int error = std::abs(got[c] - want[c]);
+        sums[c] += error;
+        errors.max[c] = std::max(errors.max[c], error);
+      }
+      ++count;
+    }
+  }
+  for (int c = 0; c < 3; ++c) errors.mean[c] = count ? static_cast<double>(sums[c]) / count : 1e9;
+  return errors;
+}
+
+::testing::AssertionResult WithinLimits(const ChannelErrors& errors, const std::string& what) {
+  for (int c = 0; c < 3; ++c) {
+    if (errors.mean[c] > kMeanLimit || errors.max[c] > kMaxLimit) {
+      return ::testing::AssertionFailure() << what << ": channel " << c << " mean error "
+                                           << errors.mean[c] << ", max " << errors.max[c];
+    }
+  }
+  return ::testing::AssertionSuccess();
+}
+
+std::array<int, 3> AsArray(const Yuv& yuv) { return {yuv.y, yuv.u, yuv.v}; }
+std::array<int, 3> AsArray(const Rgb& rgb) { return {rgb.r, rgb.g, rgb.b}; }
+
+// Bars as YUV samples in `colour`, chroma from each chroma block's top-left pixel.
+TestFrame BarsIn(const ColourSpace_t& colour, int width, int height,
+                 int format = PIXEL_FORMAT_I420) {
+  TestFrame bars(format, width, height);
+  const LumaWeights weights = WeightsOf(colour.matrix);
+  bars.PaintYuv([&](int x, int y) {
+    return ReferenceRgbToYuv(BlockColour(x, y, width, height), weights, IsFull(colour));
+  });
+  return bars;
+}
+
+// Bars with samples in `samples`, encoded losslessly and tagged as the case says.
+EncodedStream EncodeBars(const ColourCase& test, const ColourSpace_t& samples) {
+  EncoderSettings settings;
+  settings.lossless = true;
+  settings.matrix = test.matrixTag;
+  settings.range = test.rangeTag;
+  TestEncoder encoder(test.encoder, test.width, test.height, kStreamRate, settings);
+  TestFrame bars = BarsIn(samples, test.width, test.height);
+  for (int index = 0; index < kPictures; ++index)
+    encoder.Encode(bars.Planes(), bars.Pitches(), index);
+  encoder.Finish();
+  if (!encoder.IsOpen()) return EncodedStream{};
+  return EncodedStream{encoder.StreamInfo(), encoder.Packets()};
+}
+
+::testing::AssertionResult DecodeAll(CDecompressor& decoder, const EncodedStream& stream) {
+  if (stream.packets.empty()) return ::testing::AssertionFailure() << "nothing encoded";
+  if (decoder.Open(stream.info) != DECOMP_OK) return ::testing::AssertionFailure() << "open";
+  for (const EncodedPacket& packet : stream.packets) {
+    decoder.Decode(packet.data.data(), static_cast<int>(packet.data.size()), packet.pts);
+  }
+  decoder.Drain();
+  if (decoder.GetFrameCount() != kPictures) {
+    return ::testing::AssertionFailure() << decoder.GetFrameCount() << " pictures decoded";
+  }
+  return ::testing::AssertionSuccess();
+}
+
+// GetImage of the whole picture at its own size in I420 and RGB24 against the references.
+void ExpectBarsDelivered(CDecompressor& decoder, int width, int height) {
+  TestFrame i420(PIXEL_FORMAT_I420, width, height);
+  ASSERT_EQ(DECOMP_OK, GetWholeImage(decoder, i420));
+  TestFrame rgb(PIXEL_FORMAT_RGB24, width, height);
+  ASSERT_EQ(DECOMP_OK, GetWholeImage(decoder, rgb));
+  const auto bars = [&](int x, int y) { return AsArray(BlockColour(x, y, width, height)); };
+  const auto delivered601 = [&](int x, int y) {
+    return AsArray(ReferenceRgbToYuv(BlockColour(x, y, width, height), kBt601Weights, false));
+  };
+  EXPECT_TRUE(WithinLimits(
+      Measure(
+          width, height, [&](int x, int y) { return AsArray(i420.YuvAt(x, y)); }, delivered601),
+      "I420 against BT.601 limited range"));
+  EXPECT_TRUE(
+      WithinLimits(Measure(
+                       width, height, [&](int x, int y) { return AsArray(rgb.RgbAt(x, y)); }, bars),
+                   "RGB24 against the bars"));
+  // What the GL programs show: their BT.601 inverse of the delivered I420.
+  EXPECT_TRUE(WithinLimits(
+      Measure(
+          width, height, [&](int x, int y) { return AsArray(ReferenceYuvToRgb(i420.YuvAt(x, y))); },
+          bars),
+      "the renderer's inverse of I420 against the bars"));
+}
+
+// Bars whose samples are in `samples` but tagged otherwise, decoded under `override`, arrive
+// as the reference of `samples` says.
+void ExpectOverrideRead(CDecompressor& decoder, AVColorSpace matrixTag, AVColorRange rangeTag,
+                        const ColourSpace_t& samples, const ColourSpace_t& override) {
+  const ColourCase tagged{"override", "libx264", kSdWidth, kSdHeight, matrixTag, rangeTag, samples};
+  decoder.SetColourOverride(override);
+  ASSERT_TRUE(DecodeAll(decoder, EncodeBars(tagged, samples)));
+  EXPECT_EQ(samples, decoder.GetSourceColour());
+  ExpectBarsDelivered(decoder, kSdWidth, kSdHeight);
+}
+
+class DecodedColour : public ::testing::TestWithParam<ColourCase> {};
+
+constexpr ColourSpace_t Colour(ColourMatrix matrix, ColourRange range) {
+  return ColourSpace_t{matrix, range};
+}
+
+constexpr ColourMatrix k709 = ColourMatrix::kBt709;
+constexpr ColourRange kLimited = ColourRange::kLimited;
+constexpr ColourRange kFull = ColourRange::kFull;
+
+constexpr AVColorSpace kMatrixTags[] = {AVCOL_SPC_SMPTE170M, AVCOL_SPC_BT709, AVCOL_SPC_BT2020_NCL,
+                                        AVCOL_SPC_UNSPECIFIED};
+constexpr AVColorRange kRangeTags[] = {AVCOL_RANGE_MPEG, AVCOL_RANGE_JPEG, AVCOL_RANGE_UNSPECIFIED};
+
+// What the tags say of the samples, or, untagged, the conventions: HD sizes BT.709, SD BT.601,
+// limited range.
+ColourSpace_t TaggedColour(AVColorSpace matrix, AVColorRange range, int width, int height) {
+  const bool hd = width >= kHdWidth || height >= kHdHeight;
+  ColourSpace_t colour{hd ? ColourMatrix::kBt709 : ColourMatrix::kBt601,
+                       range == AVCOL_RANGE_JPEG ? kFull : kLimited};
+  if (matrix == AVCOL_SPC_SMPTE170M) colour.matrix = ColourMatrix::kBt601;
+  if (matrix == AVCOL_SPC_BT709) colour.matrix = ColourMatrix::kBt709;
+  if (matrix == AVCOL_SPC_BT2020_NCL) colour.matrix = ColourMatrix::kBt2020;
+  return colour;
+}
+
+ColourCase Case(const char* encoder, int width, int height, AVColorSpace matrix,
+                AVColorRange range) {
+  const std::string name = std::string(encoder) + "_" + std::to_string(height) + "p_" +
+                           av_color_space_name(matrix) + "_" + av_color_range_name(range);
+  return ColourCase{
+      name, encoder, width, height, matrix, range, TaggedColour(matrix, range, width, height)};
+}
+
+// Every tagging at the SD size; at the HD size untagged (the convention) and tagged BT.601.
+std::vector<ColourCase> AllCases() {
+  std::vector<ColourCase> cases;
+  for (const char* encoder : {"libx264", "libx265"}) {
+    for (AVColorSpace matrix : kMatrixTags) {
+      for (AVColorRange range : kRangeTags) {
+        cases.push_back(Case(encoder, kSdWidth, kSdHeight, matrix, range));
+      }
+    }
+    for (AVColorSpace matrix : {AVCOL_SPC_SMPTE170M, AVCOL_SPC_UNSPECIFIED}) {
+      cases.push_back(Case(encoder, kHdWidth, kHdHeight, matrix, AVCOL_RANGE_UNSPECIFIED));
+    }
+  }
+  return cases;
+}
+
+}  // namespace
+
+TEST_P(DecodedColour, BarsArriveAsTheReferenceSaysInI420AndRgb) {
+  const ColourCase& test = GetParam();
+  CDecompressor decoder;
+  ASSERT_TRUE(DecodeAll(decoder, EncodeBars(test, test.expected)));
+  EXPECT_EQ(test.expected, decoder.GetSourceColour());
+  ExpectBarsDelivered(decoder, test.width, test.height);
+}
+
+INSTANTIATE_TEST_SUITE_P(Streams, DecodedColour, ::testing::ValuesIn(AllCases()),
+                         [](const ::testing::TestParamInfo<ColourCase>& info) {
+                           return info.param.name;
+                         });
+
+TEST(DecoderColour, AnOverrideReadsA601TaggedStreamAs709) {
+  CDecompressor decoder;
+  ExpectOverrideRead(decoder, AVCOL_SPC_SMPTE170M, AVCOL_RANGE_MPEG, Colour(k709, kLimited),
+                     ColourSpace_t{ColourMatrix::kBt709, ColourRange::kFromStream});
+}
+
+TEST(DecoderColour, AnOverrideOfTheRangeAloneKeepsTheStreamsMatrix) {
+  CDecompressor decoder;
+  ExpectOverrideRead(decoder, AVCOL_SPC_BT709, AVCOL_RANGE_MPEG, Colour(k709, kFull),
+                     ColourSpace_t{ColourMatrix::kFromStream, ColourRange::kFull});
+
+  // Clearing the override reads the stream as it is tagged again.
+  decoder.SetColourOverride(ColourSpace_t{});
+  EXPECT_EQ(ColourSpace_t{}, decoder.GetColourOverride());
+  EXPECT_EQ(Colour(k709, kLimited), decoder.GetSourceColour());
+}
+
+TEST(DecoderColour, ABt601PictureIsCopiedAsItIsAndABt709OneConverted) {
+  ColourCase test{"copy",           "libx264",    kSdWidth, kSdHeight, AVCOL_SPC_SMPTE170M,
+                  AVCOL_RANGE_MPEG, kBt601Limited};
+  CDecompressor plain;
+  ASSERT_TRUE(DecodeAll(plain, EncodeBars(test, kBt601Limited)));
+  TestFrame i420(PIXEL_FORMAT_I420, kSdWidth, kSdHeight);
+  ASSERT_EQ(DECOMP_OK, GetWholeImage(plain, i420));
+  EXPECT_TRUE(i420.SamePictureBytes(BarsIn(kBt601Limited, kSdWidth, kSdHeight), "plain-601"));
+  EXPECT_EQ(0, plain.GetConverterSetupCount());
+
+  // The red bar's luma: BT.709 codes it 80, BT.601 91 (within the rounding of the 709 samples).
+  const ColourSpace_t bt709 = Colour(k709, kLimited);
+  test.matrixTag = AVCOL_SPC_BT709;
+  CDecompressor converted;
+  ASSERT_TRUE(DecodeAll(converted, EncodeBars(test, bt709)));
+  ASSERT_EQ(DECOMP_OK, GetWholeImage(converted, i420));
+  const int x = kSdWidth / kBlockColumns / 2;
+  const int y = kSdHeight / kBlockRows / 2;
+  EXPECT_EQ(80, BarsIn(bt709, kSdWidth, kSdHeight).YuvAt(x, y).y);
+  EXPECT_NEAR(91, i420.YuvAt(x, y).y, 1);
+}
+
+TEST(DecoderColour, RawPlanarFramesOfOddSizesAreReadWithTheOverrideToo) {
+  constexpr int kOddWidth = 101;
+  constexpr int kOddHeight = 75;
+  for (int format : {PIXEL_FORMAT_I420, PIXEL_FORMAT_YUV422P}) {
+    SCOPED_TRACE(format);
+    CDecompressor decoder;
+    decoder.SetColourOverride(Colour(k709, kFull));
+    TestFrame raw = BarsIn(Colour(k709, kFull), kOddWidth, kOddHeight, format);
+    ASSERT_EQ(DECOMP_OK, PutTestFrame(decoder, raw));
+    ExpectBarsDelivered(decoder, kOddWidth, kOddHeight);
+  }
+}
+
+TEST(DecoderColour, MjpegIsFullRangeAndRawFramesAreBt601Limited) {
+  const EncodedStream mjpeg = EncodeCamera("mjpeg", kSdWidth, kSdHeight, kStreamRate, 1);
+  CDecompressor decoder;
+  EXPECT_EQ(ColourSpace_t{}, decoder.GetSourceColour());
+  ASSERT_EQ(DECOMP_OK, decoder.Open(mjpeg.info));
+  const EncodedPacket& packet = mjpeg.packets.front();
+  ASSERT_EQ(1, decoder.Decode(packet.data.data(), static_cast<int>(packet.data.size()), 0));
+  EXPECT_EQ(Colour(ColourMatrix::kBt601, kFull), decoder.GetSourceColour());
+
+  // A raw HD frame is the library's own BT.601, whatever its size.
+  TestFrame raw = NoiseFrame(PIXEL_FORMAT_I420, kHdWidth, kHdHeight);
+  ASSERT_EQ(DECOMP_OK, PutTestFrame(decoder, raw));
+  EXPECT_EQ(kBt601Limited, decoder.GetSourceColour());
+}
