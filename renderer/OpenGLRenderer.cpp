@@ -312,13 +312,16 @@ OpenGLRenderer::OpenGLRenderer(wxWindow* parent)
       m_activeOverlayFont(nullptr),
       m_inOverlayPass(false) {
   ++RendererCount;
-  if (GetIsSupported()) {
+  if (GetIsSupported() && m_parent) {
     m_canvas = CreateCanvas();
     static const int init = StaticInit(this);
     if (init != 0) m_isSupported = false;
   }
+  if (!m_parent) return;  // nothing to draw into: no canvas was made (no window to hold it)
   m_parentSize = std::make_unique<EventBinding<wxSizeEvent, OpenGLRenderer>>(
       m_parent, wxEVT_SIZE, &OpenGLRenderer::OnSize, this);
+  m_parentDestroy = std::make_unique<EventBinding<wxWindowDestroyEvent, OpenGLRenderer>>(
+      m_parent, wxEVT_DESTROY, &OpenGLRenderer::OnParentDestroyed, this);
   wxSizeEvent initialSize(m_parent->GetClientSize());
   OnSize(initialSize);
 }
@@ -328,15 +331,9 @@ OpenGLRenderer::OpenGLRenderer(wxWindow* parent)
 // until then.
 OpenGLRenderer::~OpenGLRenderer() {
   const ShownWhileAlive parentShown(m_parent);
-  WithShareGroupCurrent([this] {
-    DeleteTextures();
-    ResetOverlayFonts();
-    CleanupOverlayFonts();
-    // The images' textures go while this context still exists; after it is gone their
-    // deletion would reach no context and leave them in the share group.
-    DeleteImages();
-  });
+  ReleaseGLObjects();
   m_parentSize.reset();
+  m_parentDestroy.reset();
   if (m_context == m_sharedContext) m_context = nullptr;
   --RendererCount;
   if (RendererCount == 0 && m_sharedContext) {
@@ -366,6 +363,27 @@ InternalGLCanvas* OpenGLRenderer::CreateCanvas() {
   }
   if (!m_sharedContext) m_sharedContext = m_context;
   return canvas;
+}
+
+void OpenGLRenderer::ReleaseGLObjects() {
+  WithShareGroupCurrent([this] {
+    DeleteTextures();
+    ResetOverlayFonts();
+    CleanupOverlayFonts();
+    // The images' textures go while this context still exists; after it is gone their
+    // deletion would reach no context and leave them in the share group.
+    DeleteImages();
+  });
+}
+
+// The destroy event comes before the window destroys its children, so the canvas is whole.
+void OpenGLRenderer::OnParentDestroyed(wxWindowDestroyEvent& event) {
+  event.Skip();
+  if (event.GetEventObject() != m_parent) return;  // a child's, passed on
+  ReleaseGLObjects();
+  ReleaseCanvas();
+  m_parentSize.reset();
+  m_parent = nullptr;
 }
 
 void OpenGLRenderer::ReleaseCanvas() {

@@ -308,8 +308,15 @@ class OpenGLRenderer : public wxEvtHandler, public RendererBase {
   void ClearToParentBackground();
   // Hides and detaches the shared canvas (kept for reuse), destroys any other.
   void ReleaseCanvas();
+  // Deletes this renderer's textures, fonts and images in its share group.
+  void ReleaseGLObjects();
+  // The tile window is going while this renderer lives on (a back-end replaced by the facade
+  // waits for idle-time deletion): its GL objects and canvas go now, while the canvas still
+  // exists, and from then on the renderer has no parent.
+  void OnParentDestroyed(wxWindowDestroyEvent& event);
 
   std::unique_ptr<EventBinding<wxSizeEvent, OpenGLRenderer>> m_parentSize;
+  std::unique_ptr<EventBinding<wxWindowDestroyEvent, OpenGLRenderer>> m_parentDestroy;
 
   wxDECLARE_EVENT_TABLE();
 };

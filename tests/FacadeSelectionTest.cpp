@@ -270,3 +270,43 @@ TEST_F(Switch, NullParentGetsTheSoftwareBackend) {
 }
 
 }  // namespace
+
+namespace {
+
+// The tile window goes while its replaced GL back-end still waits for idle-time deletion (a
+// host closing a tile right after a mode switch): the back-end lets go of its canvas and GL
+// objects with the window and later goes without touching either.
+TEST_F(Switch, ReplacedGLBackendOutlivesItsTile) {
+  wxWindow* closing = MakeTile(wxPoint(220, 10), wxSize(80, 60));
+  TestRenderer* facade = MakeFacade(RENDER_MODE_OPENGL, closing);
+  ASSERT_EQ(Backend::OpenGL, KindOf(facade->m_renderer));
+  int frames = 0;
+  unsigned char* planes[3] = {};
+  int pitches[3] = {};
+  if (facade->GetFrameBuffer(64, 48, PIXEL_FORMAT_I420, planes, pitches)) ++frames;
+  facade->FlushFrameBuffer(planes, pitches);
+  facade->Render(nullptr);
+  ASSERT_EQ(1, frames);
+  facade->SetRenderMode(RENDER_MODE_SOFTWARE);
+  DestroyFacade(facade);
+  closing->Destroy();
+  PumpEvents();
+  // The next GL back-end works as before: the shared canvas and context are still sound.
+  TestRenderer* next = MakeFacade(RENDER_MODE_OPENGL);
+  ASSERT_EQ(Backend::OpenGL, KindOf(next->m_renderer));
+  EXPECT_TRUE(next->GetFrameBuffer(64, 48, PIXEL_FORMAT_I420, planes, pitches));
+  next->FlushFrameBuffer(planes, pitches);
+  next->Render(nullptr);
+  EXPECT_TRUE(next->HasFrame());
+}
+
+TEST_F(Switch, GLBackendWithoutAParentHasNoCanvasAndDrawsNothing) {
+  OpenGLRenderer orphan(nullptr);
+  EXPECT_FALSE(orphan.HasContext());
+  orphan.Render(nullptr);
+  unsigned char* planes[3] = {};
+  int pitches[3] = {};
+  EXPECT_FALSE(orphan.GetFrameBuffer(64, 48, PIXEL_FORMAT_I420, planes, pitches));
+}
+
+}  // namespace
