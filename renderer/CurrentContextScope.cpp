@@ -33,3 +33,9 @@ CurrentContextScope::~CurrentContextScope() {
     glXMakeContextCurrent(previous.display, None, None, nullptr);
   }
 }
+
+void ReleaseIfCurrentOn(const wxGLCanvas& canvas) {
+  const Window window = canvas.GetXWindow();
+  if (!window || glXGetCurrentDrawable() != window) return;
+  glXMakeContextCurrent(glXGetCurrentDisplay(), None, None, nullptr);
+}

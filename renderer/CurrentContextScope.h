@@ -26,3 +26,8 @@ class CurrentContextScope {
   struct Previous;
   std::unique_ptr<Previous> m_previous;  // null when nothing was switched
 };
+
+// Makes no context current when one is current on `canvas`: a canvas about to be destroyed
+// must not stay the current drawable, or the window system is later asked about a window that
+// no longer exists (an X error at the next switch of contexts).
+void ReleaseIfCurrentOn(const wxGLCanvas& canvas);

@@ -292,7 +292,10 @@ void OpenGLRenderer::SwitchToMultipleContexts() {
   // takes its place.
   if (m_canvas && m_canvas == m_sharedCanvas) m_sharedCanvas = nullptr;
   InternalGLCanvas* canvas = CreateCanvas();
-  if (m_canvas) m_canvas->Destroy();
+  if (m_canvas) {
+    ReleaseIfCurrentOn(*m_canvas);
+    m_canvas->Destroy();
+  }
   m_canvas = canvas;
 }
 
@@ -343,6 +346,7 @@ OpenGLRenderer::~OpenGLRenderer() {
   }
   ReleaseCanvas();
   if (RendererCount == 0 && m_sharedCanvas) {
+    ReleaseIfCurrentOn(*m_sharedCanvas);
     m_sharedCanvas->Destroy();
     m_sharedCanvas = nullptr;
   }
@@ -391,6 +395,7 @@ void OpenGLRenderer::ReleaseCanvas() {
     m_canvas->Hide();
     m_parent->RemoveChild(m_canvas);
   } else if (m_canvas) {
+    ReleaseIfCurrentOn(*m_canvas);
     m_canvas->Destroy();
   }
   m_canvas = nullptr;

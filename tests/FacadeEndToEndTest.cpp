@@ -79,15 +79,7 @@ wxImage ExpectedTile(const wxImage& shown, const wxRect& picture, const wxColour
 
 // One frame as a host's decoding loop moves it: negotiate, copy, paint the tile.
 bool ShowFrame(Renderer& facade, CDecompressor& decoder, wxWindow* tile) {
-  int width = decoder.GetWidth();
-  int height = decoder.GetHeight();
-  int format = PIXEL_FORMAT_I420;
-  wxRect source(0, 0, width, height);
-  facade.NegotiateFormat(width, height, format, source, &decoder, nullptr);
-  const bool copied = facade.CopyFrame(decoder, width, height, format, source, nullptr);
-  wxClientDC dc(tile);
-  facade.Render(&dc);
-  return copied;
+  return HostFrame(facade, decoder, tile).copied;
 }
 
 bool IsOnGL(IRenderer* backend) { return dynamic_cast<OpenGLRenderer*>(backend) != nullptr; }

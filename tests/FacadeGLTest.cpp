@@ -6,7 +6,6 @@
 
 #include <GL/gl.h>
 #include <GL/glext.h>
-#include <wx/dcclient.h>
 
 #include <decompressor/CDecompressor.h>
 #include <decompressor/CSyntheticCamera.h>
@@ -47,27 +46,8 @@ bool HasPlaneTexture(const std::vector<wxSize>& sizes, int width, int height) {
 void PutCameraPicture(CDecompressor& decoder, const wxSize& size) {
   CSyntheticCamera camera(size.x, size.y, 25);
   camera.NextFrame();
-  ASSERT_EQ(DECOMP_OK, decoder.PutFrame(camera.GetPlanes(), camera.GetPitches(),
-                                        camera.GetFormat(), size.x, size.y, 0));
-}
-
-struct Moved {
-  int width;
-  int height;
-  bool copied;
-};
-
-// Negotiates, copies and paints one frame of `decoder` into `window`.
-Moved MoveFrame(Renderer& facade, CDecompressor& decoder, wxWindow* window) {
-  int width = decoder.GetWidth();
-  int height = decoder.GetHeight();
-  int format = PIXEL_FORMAT_I420;
-  wxRect source(0, 0, width, height);
-  facade.NegotiateFormat(width, height, format, source, &decoder, nullptr);
-  const bool copied = facade.CopyFrame(decoder, width, height, format, source, nullptr);
-  wxClientDC dc(window);
-  facade.Render(&dc);
-  return Moved{width, height, copied};
+  ASSERT_EQ(DECOMP_OK, decoder.PutFrame(camera.GetPlanes(), camera.GetPitches(), camera.GetFormat(),
+                                        size.x, size.y, 0));
 }
 
 using FacadeGL = FacadeTest;
@@ -81,7 +61,7 @@ TEST_F(FacadeGL, SmallTilesUploadTheScaledFrameLargeOnesTheWholeFrame) {
 
   wxWindow* small = MakeTile(wxPoint(0, 0), wxSize(384, 216));
   TestRenderer* scaled = MakeFacade(RENDER_MODE_OPENGL, small);
-  const Moved down = MoveFrame(*scaled, decoder, small);
+  const HostedFrame down = HostFrame(*scaled, decoder, small);
   EXPECT_TRUE(down.copied);
   EXPECT_EQ(384, down.width);
   EXPECT_EQ(216, down.height);
@@ -94,7 +74,7 @@ TEST_F(FacadeGL, SmallTilesUploadTheScaledFrameLargeOnesTheWholeFrame) {
 
   wxWindow* large = MakeTile(wxPoint(0, 0), wxSize(860, 484));
   TestRenderer* whole = MakeFacade(RENDER_MODE_OPENGL, large);
-  const Moved full = MoveFrame(*whole, decoder, large);
+  const HostedFrame full = HostFrame(*whole, decoder, large);
   EXPECT_TRUE(full.copied);
   EXPECT_EQ(1920, full.width);
   EXPECT_EQ(1080, full.height);
@@ -135,7 +115,7 @@ TEST_F(FacadeGL, SixteenTilesOfMixedModesSurviveChangingFrames) {
       if (choice == 3) facade->ForceSoftwareMode(false);
       if (choice == 4) facade->SetRenderMode(modes[random() % 3]);
       CDecompressor& decoder = *decoders[random() % decoders.size()];
-      delivered += MoveFrame(*facade, decoder, tiles[i]).copied ? 1 : 0;
+      delivered += HostFrame(*facade, decoder, tiles[i]).copied ? 1 : 0;
     }
     if (frame % 50 == 0) PumpEvents();  // replaced back-ends go at idle time
   }

@@ -59,6 +59,15 @@ class Pipeline : public FacadeTest {
     return Negotiated{width, height, format, source, result};
   }
 
+  // The primary takes hardware images (handing `begin` back for them) and `decoder` decodes
+  // I420 in hardware: the fast road is open.
+  void OpenFastRoad(RecordingDecoder& decoder, bool begin) {
+    primary->hardwareDecomp = true;
+    primary->beginResult = begin;
+    decoder.hardware = true;
+    decoder.hardwareFormat = PIXEL_FORMAT_I420;
+  }
+
   bool SlowPathFlag() { return facade->m_renderer->GetNormalPtz()->slowPath; }
   bool OnSoftware() { return dynamic_cast<NativeRenderer*>(facade->m_renderer) != nullptr; }
 
@@ -357,11 +366,8 @@ TEST_F(Pipeline, VideoOutputTheBackendIgnoresIsGivenBack) {
 }
 
 TEST_F(Pipeline, FastRoadHandsTheSourceRectangleToTheDecoder) {
-  primary->hardwareDecomp = true;
-  primary->beginResult = true;
   RecordingDecoder decoder;
-  decoder.hardware = true;
-  decoder.hardwareFormat = PIXEL_FORMAT_I420;
+  OpenFastRoad(decoder, true);
   EXPECT_TRUE(
       facade->CopyFrame(decoder, 320, 240, PIXEL_FORMAT_I420, wxRect(8, 10, 300, 220), nullptr));
   EXPECT_EQ((std::vector<std::string>{"BeginHardwareImage", "EndHardwareImage"}), primary->calls);
@@ -377,11 +383,8 @@ TEST_F(Pipeline, FastRoadHandsTheSourceRectangleToTheDecoder) {
 }
 
 TEST_F(Pipeline, FailedHardwareCopyIsEndedAndReportedWithoutFallback) {
-  primary->hardwareDecomp = true;
-  primary->beginResult = true;
   RecordingDecoder decoder;
-  decoder.hardware = true;
-  decoder.hardwareFormat = PIXEL_FORMAT_I420;
+  OpenFastRoad(decoder, true);
   decoder.copyResult = DECOMP_ERROR_UNSUPPORTED;
   EXPECT_FALSE(
       facade->CopyFrame(decoder, 320, 240, PIXEL_FORMAT_I420, wxRect(0, 0, 320, 240), nullptr));
@@ -390,11 +393,8 @@ TEST_F(Pipeline, FailedHardwareCopyIsEndedAndReportedWithoutFallback) {
 }
 
 TEST_F(Pipeline, RefusedHardwareImageGoesOnByTheFrameBuffer) {
-  primary->hardwareDecomp = true;
-  primary->beginResult = false;
   RecordingDecoder decoder;
-  decoder.hardware = true;
-  decoder.hardwareFormat = PIXEL_FORMAT_I420;
+  OpenFastRoad(decoder, false);
   EXPECT_TRUE(
       facade->CopyFrame(decoder, 320, 240, PIXEL_FORMAT_I420, wxRect(0, 0, 320, 240), nullptr));
   EXPECT_EQ((std::vector<std::string>{"BeginHardwareImage", "GetFrameBuffer", "FlushFrameBuffer"}),
@@ -403,11 +403,8 @@ TEST_F(Pipeline, RefusedHardwareImageGoesOnByTheFrameBuffer) {
 }
 
 TEST_F(Pipeline, FastRoadNeedsTheSlowPathFlagClear) {
-  primary->hardwareDecomp = true;
-  primary->beginResult = true;
   RecordingDecoder decoder;
-  decoder.hardware = true;
-  decoder.hardwareFormat = PIXEL_FORMAT_I420;
+  OpenFastRoad(decoder, true);
   facade->GetNormalPtz()->slowPath = true;
   facade->CopyFrame(decoder, 320, 240, PIXEL_FORMAT_I420, wxRect(0, 0, 320, 240), nullptr);
   EXPECT_EQ((std::vector<std::string>{"GetFrameBuffer", "FlushFrameBuffer"}), primary->calls);

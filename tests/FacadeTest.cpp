@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include <wx/dcclient.h>
+
 #include <decompressor/CDecompressor.h>
 #include <renderer/InternalGLCanvas.h>
 
@@ -14,6 +16,18 @@ void TestRenderer::InstallBackend(RendererBase* backend, int mode) {
   m_primaryRenderer = backend;
   m_primaryMode = mode;
   backend->SetDrawOverlaysHandler(this);
+}
+
+HostedFrame HostFrame(Renderer& facade, CDecompressor& decoder, wxWindow* window) {
+  int width = decoder.GetWidth();
+  int height = decoder.GetHeight();
+  int format = PIXEL_FORMAT_I420;
+  wxRect source(0, 0, width, height);
+  facade.NegotiateFormat(width, height, format, source, &decoder, nullptr);
+  const bool copied = facade.CopyFrame(decoder, width, height, format, source, nullptr);
+  wxClientDC dc(window);
+  facade.Render(&dc);
+  return HostedFrame{width, height, copied};
 }
 
 void FacadeTest::SetUp() {

@@ -34,6 +34,17 @@ class TestRenderer : public Renderer {
   void InstallBackend(RendererBase* backend, int mode);
 };
 
+class CDecompressor;
+
+// What a host's decoding loop does with one picture: NegotiateFormat, CopyFrame with the
+// negotiated values, then a paint of `window` through a client DC.
+struct HostedFrame {
+  int width;  // as negotiated
+  int height;
+  bool copied;  // CopyFrame's answer
+};
+HostedFrame HostFrame(Renderer& facade, CDecompressor& decoder, wxWindow* window);
+
 class FacadeTest : public GLTest {
  protected:
   void SetUp() override;
