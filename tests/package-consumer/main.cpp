@@ -7,6 +7,7 @@
 #include <decompressor/NormalDigitalPTZ.h>
 #include <decompressor/PixelFormat.h>
 #include <renderer/RendererBase.h>
+#include <renderer/RendererPanel.h>
 
 int main() {
   NormalDigitalPTZ ptz;
@@ -30,7 +31,10 @@ int main() {
   RendererBase::AppendRendererDesc(RENDER_MODE_SOFTWARE, "consumer");
   const bool ok = decoded && x == 0 && y == 175 && width == 800 && height == 450 &&
                   RendererBase::GetRendererDesc(RENDER_MODE_SOFTWARE) == "consumer" &&
-                  RendererBase::OsdPosToAlignment(9) == 1536;
+                  RendererBase::OsdPosToAlignment(9) == 1536 &&
+                  Renderer::DetermineAspectRatio({1.7777778f}, false, 0) == wxSize(177, 100) &&
+                  !Renderer::IsRenderModeSupported(RENDER_MODE_RESERVED) &&
+                  Renderer::GetRendererDesc(RENDER_MODE_SOFTWARE) == "consumer";
   std::printf("package consumer: %s\n", ok ? "ok" : "unexpected results");
   return ok ? 0 : 1;
 }
