@@ -139,9 +139,11 @@ class OverheadReporter : public benchmark::ConsoleReporter {
  public:
   void ReportRuns(const std::vector<Run>& runs) override {
     ConsoleReporter::ReportRuns(runs);
+    // One figure per case: its run, or with repetitions the mean (reported after the runs).
     for (const Run& run : runs) {
-      if (run.error_occurred || run.run_type != Run::RT_Iteration) continue;
-      m_times[run.benchmark_name()] = run.GetAdjustedRealTime();
+      const bool mean = run.run_type == Run::RT_Aggregate && run.aggregate_name == "mean";
+      if (run.error_occurred || (run.run_type != Run::RT_Iteration && !mean)) continue;
+      m_times[run.run_name.str()] = run.GetAdjustedRealTime();
     }
   }
 
