@@ -38,6 +38,13 @@ struct Negotiated {
   bool inFallback;
 };
 
+// The size and format a negotiation gave back.
+void ExpectFrame(const Negotiated& n, int width, int height, int format) {
+  EXPECT_EQ(width, n.width);
+  EXPECT_EQ(height, n.height);
+  EXPECT_EQ(format, n.format);
+}
+
 // A facade whose primary back-end is a recording double taking I420 and RGB24, in a tile of
 // 200 x 150: a 320 x 240 frame is shown at 39 % of its area (no software scaling), a
 // 1280 x 960 one at 2.4 % (scaled).
@@ -81,9 +88,7 @@ TEST_F(Pipeline, FitAndChangedTakesTheWholeFrameToThePrimary) {
   LogCapture log;
   const Negotiated n = Negotiate(320, 240, PIXEL_FORMAT_I420);
   EXPECT_FALSE(n.inFallback);
-  EXPECT_EQ(320, n.width);
-  EXPECT_EQ(240, n.height);
-  EXPECT_EQ(PIXEL_FORMAT_I420, n.format);
+  ExpectFrame(n, 320, 240, PIXEL_FORMAT_I420);
   EXPECT_EQ(wxRect(0, 0, 320, 240), n.source);
   EXPECT_EQ(primary, facade->m_renderer);
   EXPECT_FALSE(SlowPathFlag());
@@ -121,9 +126,7 @@ TEST_F(Pipeline, FitUnchangedInFallbackStaysInSoftware) {
   const Negotiated n = Negotiate(320, 240, PIXEL_FORMAT_I420);
   EXPECT_TRUE(n.inFallback);
   EXPECT_TRUE(OnSoftware());
-  EXPECT_EQ(200, n.width);
-  EXPECT_EQ(150, n.height);
-  EXPECT_EQ(PIXEL_FORMAT_RGB24, n.format);
+  ExpectFrame(n, 200, 150, PIXEL_FORMAT_RGB24);
   EXPECT_EQ(wxRect(0, 0, 320, 240), n.source);
   EXPECT_TRUE(SlowPathFlag());
   EXPECT_TRUE(log.Lines().empty());
@@ -134,9 +137,7 @@ TEST_F(Pipeline, SmallViewIsScaledInSoftwareAndStaysOnThePrimary) {
   const Negotiated n = Negotiate(1280, 960, PIXEL_FORMAT_I420);
   EXPECT_FALSE(n.inFallback);
   EXPECT_EQ(primary, facade->m_renderer);
-  EXPECT_EQ(200, n.width);
-  EXPECT_EQ(150, n.height);
-  EXPECT_EQ(PIXEL_FORMAT_I420, n.format);
+  ExpectFrame(n, 200, 150, PIXEL_FORMAT_I420);
   EXPECT_EQ(wxRect(0, 0, 1280, 960), n.source);
   EXPECT_TRUE(SlowPathFlag());
   EXPECT_EQ(std::vector<std::string>{Scaling(1280, 960, 200, 150)}, log.Texts());
@@ -152,9 +153,7 @@ TEST_F(Pipeline, ScaledSizeThePrimaryRefusesGoesToSoftware) {
   const Negotiated n = Negotiate(1280, 960, PIXEL_FORMAT_I420);
   EXPECT_TRUE(n.inFallback);
   EXPECT_TRUE(OnSoftware());
-  EXPECT_EQ(200, n.width);
-  EXPECT_EQ(150, n.height);
-  EXPECT_EQ(PIXEL_FORMAT_RGB24, n.format);
+  ExpectFrame(n, 200, 150, PIXEL_FORMAT_RGB24);
   EXPECT_EQ(std::vector<std::string>{Switched("software", 1280, 960, PIXEL_FORMAT_I420)},
             log.Texts());
 }
@@ -166,9 +165,7 @@ TEST_F(Pipeline, RefusedAndChangedInFallbackReturnsThroughSoftwareScaling) {
   const Negotiated n = Negotiate(1280, 960, PIXEL_FORMAT_I420);
   EXPECT_FALSE(n.inFallback);
   EXPECT_EQ(primary, facade->m_renderer);
-  EXPECT_EQ(200, n.width);
-  EXPECT_EQ(150, n.height);
-  EXPECT_EQ(PIXEL_FORMAT_I420, n.format);
+  ExpectFrame(n, 200, 150, PIXEL_FORMAT_I420);
   EXPECT_EQ((std::vector<std::string>{Switched("hardware", 1280, 960, PIXEL_FORMAT_I420),
                                       Scaling(1280, 960, 200, 150)}),
             log.Texts());
@@ -183,9 +180,7 @@ TEST_F(Pipeline, RefusedUnchangedInFallbackStaysInSoftware) {
   const Negotiated n = Negotiate(1280, 960, PIXEL_FORMAT_I420);
   EXPECT_TRUE(n.inFallback);
   EXPECT_EQ(software, facade->m_renderer);
-  EXPECT_EQ(200, n.width);
-  EXPECT_EQ(150, n.height);
-  EXPECT_EQ(PIXEL_FORMAT_RGB24, n.format);
+  ExpectFrame(n, 200, 150, PIXEL_FORMAT_RGB24);
   EXPECT_TRUE(log.Lines().empty());
 }
 
