@@ -82,8 +82,8 @@ void VideoTile::SetRenderMode(RenderMode mode) {
   Refresh(true);
 }
 
-void VideoTile::SetAspectRule(AspectRule rule) {
-  ApplyAspectRule(rule, *GetRenderer());
+void VideoTile::SetPictureShapeRule(PictureShapeRule rule) {
+  ApplyPictureShapeRule(rule, *GetRenderer());
   Refresh(true);
 }
 

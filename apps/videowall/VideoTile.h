@@ -17,8 +17,8 @@
 #include <decompressor/CDigitalPTZ.h>
 #include <renderer/RendererPanel.h>
 
-#include "AspectRule.h"
 #include "ITileListener.h"
+#include "PictureShapeRule.h"
 #include "PtzNavigator.h"
 #include "RateMeter.h"
 #include "TileFeed.h"
@@ -41,7 +41,7 @@ class VideoTile : public RendererPanel, public IRendererDrawOverlays {
   void SampleRates(RateMeter::Clock::time_point now);
 
   void SetRenderMode(RenderMode mode);
-  void SetAspectRule(AspectRule rule);
+  void SetPictureShapeRule(PictureShapeRule rule);
   void SetOverlaysShown(bool shown);
   // OSD position of the camera name, 1 (top left) to 9 (bottom right).
   void SetNamePosition(int position);

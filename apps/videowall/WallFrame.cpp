@@ -18,14 +18,15 @@ namespace {
 constexpr int kTickMs = 10;
 constexpr int kGap = 2;
 constexpr unsigned char kOpacities[] = {255, 192, 128, 64};
-constexpr AspectRule kAspectRules[] = {AspectRule::Keep, AspectRule::Stretch, AspectRule::FourThree,
-                                       AspectRule::SixteenNine};
+constexpr PictureShapeRule kPictureShapeRules[] = {
+    PictureShapeRule::Keep, PictureShapeRule::Stretch, PictureShapeRule::FourThree,
+    PictureShapeRule::SixteenNine};
 constexpr RenderMode kRenderModes[] = {RENDER_MODE_AUTO, RENDER_MODE_OPENGL, RENDER_MODE_SOFTWARE};
 
 enum MenuId : int {
   kLayoutMenu = wxID_HIGHEST + 100,   // + index of the layout
   kRenderMenu = wxID_HIGHEST + 200,   // + index in kRenderModes
-  kAspectMenu = wxID_HIGHEST + 300,   // + index in kAspectRules
+  kAspectMenu = wxID_HIGHEST + 300,   // + index in kPictureShapeRules
   kOpacityMenu = wxID_HIGHEST + 400,  // + index in kOpacities
   kNameMenu = wxID_HIGHEST + 450,     // + OSD position - 1
   kOverlaysMenu = wxID_HIGHEST + 500,
@@ -128,7 +129,7 @@ void WallFrame::CreateTiles() {
   for (int i = 0; i < m_layout.TileCount(); ++i) {
     auto* tile = new VideoTile(m_grid, wxString::Format("Camera %d", i + 1), m_renderMode,
                                m_sources.Make(i), this);
-    ApplyAspectRule(m_aspect, *tile->GetRenderer());
+    ApplyPictureShapeRule(m_aspect, *tile->GetRenderer());
     tile->GetRenderer()->SetOpacity(m_opacity);
     tile->SetOverlaysShown(m_overlaysShown);
     tile->SetNamePosition(m_namePosition);
@@ -178,10 +179,10 @@ void WallFrame::SetRenderModeForAll(RenderMode mode) {
   GetMenuBar()->Check(kRenderMenu + IndexOf(kRenderModes, mode), true);
 }
 
-void WallFrame::SetAspectRule(AspectRule rule) {
+void WallFrame::SetPictureShapeRule(PictureShapeRule rule) {
   m_aspect = rule;
-  for (VideoTile* tile : m_tiles) tile->SetAspectRule(rule);
-  GetMenuBar()->Check(kAspectMenu + IndexOf(kAspectRules, rule), true);
+  for (VideoTile* tile : m_tiles) tile->SetPictureShapeRule(rule);
+  GetMenuBar()->Check(kAspectMenu + IndexOf(kPictureShapeRules, rule), true);
 }
 
 void WallFrame::SetOverlaysShown(bool shown) {
@@ -273,7 +274,7 @@ bool WallFrame::HandleChoiceMenu(int id) {
   } else if (id >= kRenderMenu && id < kRenderMenu + 3) {
     SetRenderModeForAll(kRenderModes[id - kRenderMenu]);
   } else if (id >= kAspectMenu && id < kAspectMenu + 4) {
-    SetAspectRule(kAspectRules[id - kAspectMenu]);
+    SetPictureShapeRule(kPictureShapeRules[id - kAspectMenu]);
   } else if (id >= kOpacityMenu && id < kOpacityMenu + 4) {
     SetOverlayOpacity(kOpacities[id - kOpacityMenu]);
   } else if (id >= kNameMenu && id < kNameMenu + 9) {

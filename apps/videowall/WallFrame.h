@@ -37,7 +37,7 @@ class WallFrame : public wxFrame, public ITileListener {
   // The operations behind the menus, also for tests.
   void SetLayout(const WallLayout& layout);
   void SetRenderModeForAll(RenderMode mode);
-  void SetAspectRule(AspectRule rule);
+  void SetPictureShapeRule(PictureShapeRule rule);
   void SetOverlaysShown(bool shown);
   void SetOverlayOpacity(unsigned char opacity);
   void SetNamePosition(int position);
@@ -81,7 +81,7 @@ class WallFrame : public wxFrame, public ITileListener {
   int* m_exitCode;
   WallLayout m_layout;
   RenderMode m_renderMode;
-  AspectRule m_aspect = AspectRule::Keep;
+  PictureShapeRule m_aspect = PictureShapeRule::Keep;
   bool m_overlaysShown = true;
   unsigned char m_opacity = 255;
   int m_namePosition;

@@ -203,11 +203,11 @@ TEST_F(WallSmokeTest, ViewSettingsReachEveryTilesRenderer) {
   ASSERT_TRUE(WallLayout::FromName("2x2", options.layout));
   OpenWall(options);
   ASSERT_TRUE(PlayFrames(1));
-  wall->SetAspectRule(AspectRule::Stretch);
+  wall->SetPictureShapeRule(PictureShapeRule::Stretch);
   for (VideoTile* tile : wall->Tiles()) {
     EXPECT_EQ(wxRect(tile->GetClientSize()), tile->PictureRect()) << tile->GetName();
   }
-  wall->SetAspectRule(AspectRule::FourThree);
+  wall->SetPictureShapeRule(PictureShapeRule::FourThree);
   for (VideoTile* tile : wall->Tiles()) {
     const wxRect picture = tile->PictureRect();
     EXPECT_NEAR(4.0 / 3.0, static_cast<double>(picture.width) / picture.height, 0.02);
