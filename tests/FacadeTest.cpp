@@ -58,16 +58,9 @@ TestRenderer* FacadeTest::MakeFacade(RenderMode mode, wxWindow* parent) {
   return facade;
 }
 
-// As GLTest::Settle: the canvas's window takes its size, and one swap tells Mesa's software
-// rasteriser about it, so the first frame is drawn at the canvas's final size.
 void FacadeTest::SettleGL(OpenGLRenderer* gl) {
   const std::vector<InternalGLCanvas*> canvases = CanvasesOn(gl->GetParent());
-  if (canvases.empty()) return;
-  InternalGLCanvas* canvas = canvases.back();
-  EXPECT_TRUE(PumpUntil([canvas] { return WindowHasSize(canvas, canvas->GetClientSize()); }))
-      << "the canvas's window never took its size";
-  gl->SetCurrent();
-  gl->SwapBuffers();
+  if (!canvases.empty()) SettleCanvas(gl, canvases.back());
 }
 
 void FacadeTest::DestroyFacade(TestRenderer* facade) {

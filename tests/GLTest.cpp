@@ -96,8 +96,9 @@ GLTestRenderer* GLTest::MakeRenderer(wxWindow* parent) {
 
 // Waits for the X window rather than for a paint: a window that another test process covers
 // is never exposed, but it is resized all the same.
-void GLTest::Settle(GLTestRenderer* renderer) {
-  InternalGLCanvas* canvas = renderer->m_canvas;
+void GLTest::Settle(GLTestRenderer* renderer) { SettleCanvas(renderer, renderer->m_canvas); }
+
+void SettleCanvas(OpenGLRenderer* renderer, InternalGLCanvas* canvas) {
   EXPECT_TRUE(PumpUntil([canvas] { return WindowHasSize(canvas, canvas->GetClientSize()); }))
       << "the canvas's window never took its size";
   // Mesa's software rasteriser learns a window's new size only when it swaps; one swap now

@@ -49,6 +49,10 @@ class GLTest : public WxTest {
   std::vector<std::unique_ptr<GLTestRenderer>> renderers;
 };
 
+// Waits until `canvas` (of `renderer`) has its window at its final size, and swaps once so
+// Mesa's software rasteriser draws the next frame at that size.
+void SettleCanvas(OpenGLRenderer* renderer, InternalGLCanvas* canvas);
+
 // Whether the canvas's X window exists and has `size`.
 bool WindowHasSize(InternalGLCanvas* canvas, const wxSize& size);
 
