@@ -1,4 +1,4 @@
-// Toolkit start-up and event pumping for the benchmarks that draw.
+// Toolkit start-up, event pumping and the end of drawing for the benchmarks that draw.
 #include "BenchDisplay.h"
 
 #include <cstdio>
@@ -10,14 +10,26 @@
 #include <wx/init.h>
 #include <wx/utils.h>
 
+#include <GL/gl.h>
+#include <GL/glx.h>
+
+void PumpPending() {
+  wxTheApp->ProcessPendingEvents();
+  while (wxTheApp->Pending()) wxTheApp->Dispatch();
+  wxTheApp->ProcessIdle();
+}
+
 void PumpFor(int milliseconds) {
   const wxLongLong end = wxGetLocalTimeMillis() + milliseconds;
   while (wxGetLocalTimeMillis() < end) {
-    wxTheApp->ProcessPendingEvents();
-    while (wxTheApp->Pending()) wxTheApp->Dispatch();
-    wxTheApp->ProcessIdle();
+    PumpPending();
     wxMilliSleep(5);
   }
+}
+
+void FinishDrawing() {
+  if (glXGetCurrentContext()) glFinish();
+  XSync(static_cast<Display*>(wxGetX11Display()), False);
 }
 
 int RunWithTile(int argc, char** argv, const wxSize& tileSize,
@@ -32,7 +44,7 @@ int RunWithTile(int argc, char** argv, const wxSize& tileSize,
   {
     wxGUIEventLoop loop;
     wxEventLoopActivator activate(&loop);
-    auto* frame = new wxFrame(nullptr, wxID_ANY, "bench");
+    auto* frame = new wxFrame(nullptr, wxID_ANY, "bench", wxPoint(0, 0));
     frame->SetClientSize(tileSize);
     auto* tile = new wxWindow(frame, wxID_ANY, wxPoint(0, 0), tileSize);
     frame->Show();

@@ -20,6 +20,7 @@
 #include <renderer/OpenGLRenderer.h>
 
 #include "BenchDisplay.h"
+#include "BenchPicture.h"
 
 namespace {
 
@@ -29,40 +30,6 @@ constexpr int kWarmUpFrames = 3;
 
 // The one renderer every benchmark draws with, on a shown tile.
 OpenGLRenderer* g_renderer = nullptr;
-
-// A decoded picture in the table's packed layout, to be written into the lent planes.
-struct SourceFrame {
-  SourceFrame(int format, int width, int height)
-      : layout(format, width, height), bytes(static_cast<size_t>(layout.GetTotalBytes())) {
-    for (size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<unsigned char>(i * 7);
-    layout.SplitBuffer(bytes.data(), planes, pitches);
-  }
-
-  // Picture bytes of the frame (the rows of every plane, no padding).
-  int64_t PictureBytes() const {
-    int64_t total = 0;
-    for (int plane = 0; plane < layout.GetPlaneCount(); ++plane) {
-      total += static_cast<int64_t>(layout.GetRowBytes(plane)) * layout.GetRows(plane);
-    }
-    return total;
-  }
-
-  // Copies every row of every plane to the destination planes at their pitches.
-  void WriteTo(unsigned char** destination, const int* destinationPitches) const {
-    for (int plane = 0; plane < layout.GetPlaneCount(); ++plane) {
-      for (int row = 0; row < layout.GetRows(plane); ++row) {
-        std::memcpy(destination[plane] + static_cast<ptrdiff_t>(row) * destinationPitches[plane],
-                    planes[plane] + static_cast<ptrdiff_t>(row) * pitches[plane],
-                    static_cast<size_t>(layout.GetRowBytes(plane)));
-      }
-    }
-  }
-
-  CPixelLayout layout;
-  std::vector<unsigned char> bytes;
-  unsigned char* planes[CPixelLayout::kMaxPlanes];
-  int pitches[CPixelLayout::kMaxPlanes];
-};
 
 void ReportBytes(benchmark::State& state, int64_t frameBytes) {
   const double megabytes = static_cast<double>(frameBytes) * state.iterations() / 1e6;
@@ -88,10 +55,10 @@ class PixelBufferUse {
   bool m_previous;
 };
 
-bool DrawFrame(const SourceFrame& source) {
+bool DrawFrame(const BenchPicture& source) {
   unsigned char* planes[3] = {};
   int pitches[3] = {};
-  const CPixelLayout& layout = source.layout;
+  const CPixelLayout& layout = source.Layout();
   if (!g_renderer->GetFrameBuffer(layout.GetWidth(), layout.GetHeight(), layout.GetFormat(), planes,
                                   pitches)) {
     return false;
@@ -104,7 +71,7 @@ bool DrawFrame(const SourceFrame& source) {
 
 void FramePath(benchmark::State& state, int format, int width, int height, bool pixelBuffers) {
   const PixelBufferUse buffers(pixelBuffers);
-  const SourceFrame source(format, width, height);
+  const BenchPicture source(format, width, height);
   for (int frame = 0; frame < kWarmUpFrames; ++frame) DrawFrame(source);
   for (auto _ : state) {
     if (!DrawFrame(source)) {
@@ -116,13 +83,13 @@ void FramePath(benchmark::State& state, int format, int width, int height, bool 
 }
 
 void MemcpyOfTheFrame(benchmark::State& state, int format, int width, int height) {
-  const SourceFrame source(format, width, height);
-  std::vector<unsigned char> target(source.bytes.size());
+  const BenchPicture source(format, width, height);
+  std::vector<unsigned char> target(source.Bytes().size());
   for (auto _ : state) {
-    std::memcpy(target.data(), source.bytes.data(), target.size());
+    std::memcpy(target.data(), source.Bytes().data(), target.size());
     benchmark::ClobberMemory();
   }
-  ReportBytes(state, static_cast<int64_t>(source.bytes.size()));
+  ReportBytes(state, static_cast<int64_t>(source.Bytes().size()));
 }
 
 void RegisterAll() {

@@ -10,6 +10,8 @@ packages=(
   # libavcodec brings the x264 and x265 encoders that the decoder tests make streams with.
   libavcodec-dev libavformat-dev libavutil-dev libswscale-dev
   libgtest-dev libgmock-dev googletest libbenchmark-dev
+  # For the benchmarks only: SDL2 is the peer our frame paths are compared with.
+  libsdl2-dev
   xvfb xauth
   clang-format
   fonts-dejavu-core
