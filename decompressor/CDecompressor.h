@@ -50,7 +50,9 @@ class CDecompressor {
   void Close();
   bool IsOpen() const;
 
-  // Damaged pictures: those the codec flags (concealed errors, missing references) and those
+  // Damaged pictures: those the codec flags (concealed errors, missing references), those of an
+  // H.265 stream that differ from the picture hashes the stream carries (libavcodec's H.265
+  // decoder flags next to nothing; a camera that sends hashes lets damage show), and those
   // predicted from them until the next key frame. kConceal (the default) shows them as
   // libavcodec's error concealment repaired them; kDrop leaves them out, so the last good
   // picture stays. Concealment is the default because it serves an operator better: a lossy
