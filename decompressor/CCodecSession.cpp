@@ -57,11 +57,12 @@ bool CCodecSession::IsShown(const AVFrame& picture, bool flagged) {
   return false;
 }
 
-// MJPEG is full range by the JPEG convention, whether or not the decoder says so.
-void CCodecSession::MarkJpegRange(AVFrame& picture) const {
-  if (m_context->codec_id == AV_CODEC_ID_MJPEG && picture.color_range == AVCOL_RANGE_UNSPECIFIED) {
-    picture.color_range = AVCOL_RANGE_JPEG;
-  }
+// MJPEG is BT.601 in full range by the JPEG convention (JFIF), at every size, whether or not
+// the decoder says so.
+void CCodecSession::MarkJpegColour(AVFrame& picture) const {
+  if (m_context->codec_id != AV_CODEC_ID_MJPEG) return;
+  if (picture.color_range == AVCOL_RANGE_UNSPECIFIED) picture.color_range = AVCOL_RANGE_JPEG;
+  if (picture.colorspace == AVCOL_SPC_UNSPECIFIED) picture.colorspace = AVCOL_SPC_BT470BG;
 }
 
 CCodecSession::CCodecSession() : m_packet(av_packet_alloc()), m_received(av_frame_alloc()) {}
@@ -152,7 +153,7 @@ int CCodecSession::Receive(CPictureStore& store, bool& dropped) {
       av_frame_unref(m_received.get());
       continue;
     }
-    MarkJpegRange(*m_received);
+    MarkJpegColour(*m_received);
     store.Take(*m_received);
     ++pictures;
   }

@@ -59,7 +59,7 @@ class CCodecSession {
   bool IsShown(const AVFrame& picture, bool flagged);
   bool IsFlagged(const AVFrame& picture);
   void CountLost();
-  void MarkJpegRange(AVFrame& picture) const;
+  void MarkJpegColour(AVFrame& picture) const;
 
   AvCodecContextPtr m_context;
   AvPacketPtr m_packet;

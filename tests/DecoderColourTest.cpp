@@ -1,17 +1,20 @@
 // Colour on real streams: colour bars encoded losslessly with libx264 and libx265, tagged with
-// each matrix and range or not at all, at an SD and an HD size, come out of GetImage as the
-// reference conversion of the bars says (I420 in BT.601 limited range, RGB24 as the bars
-// were), and the renderer's BT.601 inverse of the delivered I420 gives the bars back. Also the
-// host's override, the conventions for unsignalled streams and the plain copy that stays.
-// The references are computed here from the standards' luma weights, not through libswscale.
-// Lossy coding is left out on purpose: the bars are encoded losslessly, so every error
-// measured is the decoder's conversion.
+// each matrix and range or not at all, at an SD and an HD size, and with MJPEG (untagged, full
+// range), come out of GetImage as the reference conversion of the bars says (I420 in BT.601
+// limited range, RGB24 as the bars were), and the renderer's BT.601 inverse of the delivered
+// I420 gives the bars back. Also the host's override, the conventions for unsignalled streams
+// and the plain copy that stays. The references are computed here from the standards' luma
+// weights, not through libswscale. Lossy coding is left out on purpose where the codec allows:
+// H.264 and H.265 bars are lossless, so every error measured is the decoder's conversion;
+// MJPEG's bars fill whole blocks at its finest quantiser, which leaves their interiors exact
+// but for rounding.
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <functional>
 #include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -29,6 +32,9 @@ namespace {
 
 constexpr int kSdWidth = 160;
 constexpr int kSdHeight = 120;
+// MJPEG codes 16 x 16 blocks: bars of 48 x 48 pixels fill whole blocks.
+constexpr int kMjpegSdWidth = 192;
+constexpr int kMjpegSdHeight = 144;
 constexpr int kHdWidth = 1280;
 constexpr int kHdHeight = 720;
 constexpr int kPictures = 2;
@@ -200,9 +206,10 @@ constexpr AVColorSpace kMatrixTags[] = {AVCOL_SPC_SMPTE170M, AVCOL_SPC_BT709, AV
 constexpr AVColorRange kRangeTags[] = {AVCOL_RANGE_MPEG, AVCOL_RANGE_JPEG, AVCOL_RANGE_UNSPECIFIED};
 
 // What the tags say of the samples, or, untagged, the conventions: HD sizes BT.709, SD BT.601,
-// limited range.
-ColourSpace_t TaggedColour(AVColorSpace matrix, AVColorRange range, int width, int height) {
-  const bool hd = width >= kHdWidth || height >= kHdHeight;
+// limited range; JPEG's BT.601 at every size.
+ColourSpace_t TaggedColour(const char* encoder, AVColorSpace matrix, AVColorRange range, int width,
+                           int height) {
+  const bool hd = (width >= kHdWidth || height >= kHdHeight) && std::string(encoder) != "mjpeg";
   ColourSpace_t colour{hd ? ColourMatrix::kBt709 : ColourMatrix::kBt601,
                        range == AVCOL_RANGE_JPEG ? kFull : kLimited};
   if (matrix == AVCOL_SPC_SMPTE170M) colour.matrix = ColourMatrix::kBt601;
@@ -215,11 +222,19 @@ ColourCase Case(const char* encoder, int width, int height, AVColorSpace matrix,
                 AVColorRange range) {
   const std::string name = std::string(encoder) + "_" + std::to_string(height) + "p_" +
                            av_color_space_name(matrix) + "_" + av_color_range_name(range);
-  return ColourCase{
-      name, encoder, width, height, matrix, range, TaggedColour(matrix, range, width, height)};
+  return ColourCase{name,
+                    encoder,
+                    width,
+                    height,
+                    matrix,
+                    range,
+                    TaggedColour(encoder, matrix, range, width, height)};
 }
 
-// Every tagging at the SD size; at the HD size untagged (the convention) and tagged BT.601.
+// Every tagging at the SD size; at the HD size untagged (the convention), tagged BT.601,
+// BT.709 and BT.2020, and full range tagged and by the convention's matrix. MJPEG carries no
+// tags (full range by the JPEG convention) and is lossy: its bars are whole 16 x 16 blocks,
+// so their interiors come through its quantiser unchanged but for rounding.
 std::vector<ColourCase> AllCases() {
   std::vector<ColourCase> cases;
   for (const char* encoder : {"libx264", "libx265"}) {
@@ -228,10 +243,20 @@ std::vector<ColourCase> AllCases() {
         cases.push_back(Case(encoder, kSdWidth, kSdHeight, matrix, range));
       }
     }
-    for (AVColorSpace matrix : {AVCOL_SPC_SMPTE170M, AVCOL_SPC_UNSPECIFIED}) {
-      cases.push_back(Case(encoder, kHdWidth, kHdHeight, matrix, AVCOL_RANGE_UNSPECIFIED));
+    const std::pair<AVColorSpace, AVColorRange> hdTags[] = {
+        {AVCOL_SPC_UNSPECIFIED, AVCOL_RANGE_UNSPECIFIED},
+        {AVCOL_SPC_SMPTE170M, AVCOL_RANGE_MPEG},
+        {AVCOL_SPC_BT709, AVCOL_RANGE_MPEG},
+        {AVCOL_SPC_BT2020_NCL, AVCOL_RANGE_MPEG},
+        {AVCOL_SPC_BT709, AVCOL_RANGE_JPEG},
+        {AVCOL_SPC_UNSPECIFIED, AVCOL_RANGE_JPEG}};
+    for (const auto& [matrix, range] : hdTags) {
+      cases.push_back(Case(encoder, kHdWidth, kHdHeight, matrix, range));
     }
   }
+  cases.push_back(
+      Case("mjpeg", kMjpegSdWidth, kMjpegSdHeight, AVCOL_SPC_UNSPECIFIED, AVCOL_RANGE_JPEG));
+  cases.push_back(Case("mjpeg", kHdWidth, kHdHeight, AVCOL_SPC_UNSPECIFIED, AVCOL_RANGE_JPEG));
   return cases;
 }
 

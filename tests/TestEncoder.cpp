@@ -13,6 +13,13 @@ AVPixelFormat InputFormat(const AVCodec& codec) {
   return codec.id == AV_CODEC_ID_MJPEG ? AV_PIX_FMT_YUVJ420P : AV_PIX_FMT_YUV420P;
 }
 
+// What the given pictures hold: limited range, except pictures for MJPEG tagged full range,
+// which pass through as they are.
+AVPixelFormat GivenFormat(const AVCodec& codec, const EncoderSettings& settings) {
+  const bool fullRange = codec.id == AV_CODEC_ID_MJPEG && settings.range == AVCOL_RANGE_JPEG;
+  return fullRange ? AV_PIX_FMT_YUVJ420P : AV_PIX_FMT_YUV420P;
+}
+
 // High quality settings, so decoded pictures stay close to what went in; lossless and with
 // picture hashes where asked.
 void SetQuality(const AVCodec& codec, const EncoderSettings& settings, AVCodecContext& context) {
@@ -33,7 +40,7 @@ void SetQuality(const AVCodec& codec, const EncoderSettings& settings, AVCodecCo
     }
     default:
       context.flags |= AV_CODEC_FLAG_QSCALE;
-      context.global_quality = FF_QP2LAMBDA * 2;
+      context.global_quality = FF_QP2LAMBDA * (settings.lossless ? 1 : 2);
       break;
   }
 }
@@ -93,7 +100,7 @@ bool TestEncoder::Open(const AVCodec& codec, int width, int height, int rate,
   m_input->format = m_context->pix_fmt;
   m_input->width = width;
   m_input->height = height;
-  m_converter.reset(sws_getContext(width, height, AV_PIX_FMT_YUV420P, width, height,
+  m_converter.reset(sws_getContext(width, height, GivenFormat(codec, settings), width, height,
                                    m_context->pix_fmt, SWS_BILINEAR, nullptr, nullptr, nullptr));
   return m_converter && av_frame_get_buffer(m_input.get(), 0) >= 0;
 }
