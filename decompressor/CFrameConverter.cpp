@@ -120,6 +120,9 @@ int CFrameConverter::Convert(const AVFrame& source, const ColourSpace_t& colour,
     CopyOut(view, target, planes, pitches);
     return DECOMP_OK;
   }
+  if (CanConvertYuvToRgb(key.sourceFormat, key.targetFormat)) {
+    return ToRgb(key, view, planes[0], pitches[0]);
+  }
   if (IsUnscaledOddSize(key) && !Stage(key, view)) return DECOMP_ERROR_INTERNAL;
   const AVFrame* converted = Scale(key, view);
   if (!converted) return DECOMP_ERROR_INTERNAL;
@@ -129,6 +132,23 @@ int CFrameConverter::Convert(const AVFrame& source, const ColourSpace_t& colour,
 
 int CFrameConverter::GetSetupCount() const {
   return m_first.GetSetupCount() + m_second.GetSetupCount();
+}
+
+// YUV into RGB: where the size changes, scaled in YUV to 4:4:4 at the target size first (the
+// source's colour kept), then converted by our own step straight into the caller's rows.
+int CFrameConverter::ToRgb(const CScaler::Key& key, PlaneView view, uint8_t* rgb, int pitch) {
+  AVPixelFormat format = key.sourceFormat;
+  if (!IsUnscaled(key)) {
+    CScaler::Key scaling = key;
+    scaling.targetFormat = AV_PIX_FMT_YUV444P;
+    scaling.targetColour = key.sourceColour;
+    if (!m_first.Run(scaling, view)) return DECOMP_ERROR_INTERNAL;
+    view = ViewOf(m_first.Output());
+    format = AV_PIX_FMT_YUV444P;
+  }
+  ConvertYuvToRgb(view, format, key.targetWidth, key.targetHeight, key.sourceColour,
+                  key.targetFormat, rgb, pitch);
+  return DECOMP_OK;
 }
 
 // The crop in delivered colour, in a picture of its own; from here on the source.

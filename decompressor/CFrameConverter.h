@@ -46,6 +46,7 @@ class CFrameConverter {
   int GetSetupCount() const;
 
  private:
+  int ToRgb(const CScaler::Key& key, PlaneView view, uint8_t* rgb, int pitch);
   bool Rewrite(CScaler::Key& key, PlaneView& view);
   bool Stage(CScaler::Key& key, PlaneView& view);
   const AVFrame* Scale(const CScaler::Key& key, const PlaneView& view);
