@@ -264,7 +264,7 @@ bool CanRewriteYuv(AVPixelFormat format) {
 }
 
 void RewriteYuv(const PlaneView& source, AVPixelFormat format, int width, int height,
-                const ColourSpace_t& colour, AVFrame& target) {
+                const ColourSpace_t& colour, const YuvTarget& target) {
   const AVPixFmtDescriptor& desc = *av_pix_fmt_desc_get(format);
   const Coefficients k = CoefficientsFor(colour);
   const int chromaWidth = AV_CEIL_RSHIFT(width, desc.log2_chroma_w);
@@ -276,11 +276,15 @@ void RewriteYuv(const PlaneView& source, AVPixelFormat format, int width, int he
     const bool firstOfChromaRow = y == cy << desc.log2_chroma_h;
     if (firstOfChromaRow) {
       FillChromaTerms(k, u, v, chromaWidth, chromaTerm.data());
-      WriteChromaRow(k, u, v, chromaWidth, target.data[1] + cy * target.linesize[1],
-                     target.data[2] + cy * target.linesize[2]);
+      if (cy < target.chromaRows) {
+        WriteChromaRow(
+            k, u, v, target.chromaWidth,
+            target.planes.data[1] + static_cast<ptrdiff_t>(cy) * target.planes.linesize[1],
+            target.planes.data[2] + static_cast<ptrdiff_t>(cy) * target.planes.linesize[2]);
+      }
     }
     WriteLumaRow(k.rows[0], source.data[0] + static_cast<ptrdiff_t>(y) * source.linesize[0],
                  chromaTerm.data(), desc.log2_chroma_w, width,
-                 target.data[0] + static_cast<ptrdiff_t>(y) * target.linesize[0]);
+                 target.planes.data[0] + static_cast<ptrdiff_t>(y) * target.planes.linesize[0]);
   }
 }

@@ -18,10 +18,19 @@
 // Whether RewriteYuv takes `format`: 8-bit planar YUV with three planes.
 bool CanRewriteYuv(AVPixelFormat format);
 
+// Where RewriteYuv writes: planes of the source's format, and how much of the chroma planes
+// (all of it for a picture of our own; for a caller's planes what the frame-buffer table
+// gives them, which leaves out the last column and row of odd sizes).
+struct YuvTarget {
+  TargetView planes;
+  int chromaWidth;
+  int chromaRows;
+};
+
 // Writes the `width` x `height` picture of `source` (`format`, samples in `colour`, a resolved
-// colour) into `target`, which has the same format and size, in BT.601 limited range.
+// colour) into `target`, at the same format and size, in BT.601 limited range.
 void RewriteYuv(const PlaneView& source, AVPixelFormat format, int width, int height,
-                const ColourSpace_t& colour, AVFrame& target);
+                const ColourSpace_t& colour, const YuvTarget& target);
 
 // Whether ConvertYuvToRgb takes `source` into `target`: a format RewriteYuv takes, into
 // RGB24, BGR24 or RGBA.
