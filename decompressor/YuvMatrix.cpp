@@ -105,12 +105,21 @@ void FillChromaTerms(const Coefficients& k, const uint8_t* u, const uint8_t* v, 
   }
 }
 
-void WriteLumaRow(const Row& luma, const uint8_t* in, const int* chromaTerms, int chromaShift,
-                  int width, uint8_t* out) {
+// `chromaTerms` holds one term per luma sample. Vectorised; built for AVX2 and the baseline.
+__attribute__((target_clones("avx2", "default"))) void WriteLumaRow(const Row& luma,
+                                                                    const uint8_t* in,
+                                                                    const int* chromaTerms,
+                                                                    int width, uint8_t* out) {
   for (int x = 0; x < width; ++x) {
-    const int value = (luma.y * in[x] + chromaTerms[x >> chromaShift]) >> kShift;
+    const int value = (luma.y * in[x] + chromaTerms[x]) >> kShift;
     out[x] = static_cast<uint8_t>(std::clamp(value, 0, 255));
   }
+}
+
+// Spreads per-chroma-sample values over the `width` luma samples they cover.
+template <typename T>
+void Spread(const T* chroma, int shift, int width, T* spread) {
+  for (int x = 0; x < width; ++x) spread[x] = chroma[x >> shift];
 }
 
 void WriteChromaRow(const Coefficients& k, const uint8_t* u, const uint8_t* v, int count,
@@ -212,11 +221,6 @@ RgbRowWriter RgbRowWriterFor(AVPixelFormat target) {
   }
 }
 
-// A subsampled chroma row spread over the luma samples it covers.
-void SpreadChromaRow(const uint8_t* chroma, int shift, int width, uint8_t* spread) {
-  for (int x = 0; x < width; ++x) spread[x] = chroma[x >> shift];
-}
-
 }  // namespace
 
 bool CanConvertYuvToRgb(AVPixelFormat source, AVPixelFormat target) {
@@ -240,8 +244,8 @@ void ConvertYuvToRgb(const PlaneView& source, AVPixelFormat format, int width, i
     if (spread) {
       // A chroma row serves 1 << log2_chroma_h luma rows in turn: spread it once.
       if (y == cy << desc.log2_chroma_h) {
-        SpreadChromaRow(u, desc.log2_chroma_w, width, spreadU.data());
-        SpreadChromaRow(v, desc.log2_chroma_w, width, spreadV.data());
+        Spread(u, desc.log2_chroma_w, width, spreadU.data());
+        Spread(v, desc.log2_chroma_w, width, spreadV.data());
       }
       u = spreadU.data();
       v = spreadV.data();
@@ -269,6 +273,7 @@ void RewriteYuv(const PlaneView& source, AVPixelFormat format, int width, int he
   const Coefficients k = CoefficientsFor(colour);
   const int chromaWidth = AV_CEIL_RSHIFT(width, desc.log2_chroma_w);
   std::vector<int> chromaTerm(static_cast<size_t>(chromaWidth));
+  std::vector<int> lumaTerm(static_cast<size_t>(width));
   for (int y = 0; y < height; ++y) {
     const int cy = y >> desc.log2_chroma_h;
     const uint8_t* u = source.data[1] + static_cast<ptrdiff_t>(cy) * source.linesize[1];
@@ -276,6 +281,7 @@ void RewriteYuv(const PlaneView& source, AVPixelFormat format, int width, int he
     const bool firstOfChromaRow = y == cy << desc.log2_chroma_h;
     if (firstOfChromaRow) {
       FillChromaTerms(k, u, v, chromaWidth, chromaTerm.data());
+      Spread(chromaTerm.data(), desc.log2_chroma_w, width, lumaTerm.data());
       if (cy < target.chromaRows) {
         WriteChromaRow(
             k, u, v, target.chromaWidth,
@@ -284,7 +290,7 @@ void RewriteYuv(const PlaneView& source, AVPixelFormat format, int width, int he
       }
     }
     WriteLumaRow(k.rows[0], source.data[0] + static_cast<ptrdiff_t>(y) * source.linesize[0],
-                 chromaTerm.data(), desc.log2_chroma_w, width,
+                 lumaTerm.data(), width,
                  target.planes.data[0] + static_cast<ptrdiff_t>(y) * target.planes.linesize[0]);
   }
 }
