@@ -9,7 +9,6 @@
 // Times are wall-clock per frame. Needs a display with GLX (scripts/bench.sh starts Xvfb when
 // there is none).
 #include <cstdio>
-#include <map>
 #include <memory>
 #include <string>
 
@@ -24,6 +23,7 @@
 #include <renderer/Renderer.h>
 
 #include "BenchDisplay.h"
+#include "PairReporter.h"
 
 namespace {
 
@@ -134,34 +134,18 @@ void RegisterAll() {
   }
 }
 
-// Prints the usual table and, at the end, the facade's overhead per case.
-class OverheadReporter : public benchmark::ConsoleReporter {
- public:
-  void ReportRuns(const std::vector<Run>& runs) override {
-    ConsoleReporter::ReportRuns(runs);
-    // One figure per case: its run, or with repetitions the mean (reported after the runs).
-    for (const Run& run : runs) {
-      const bool mean = run.run_type == Run::RT_Aggregate && run.aggregate_name == "mean";
-      if (run.error_occurred || (run.run_type != Run::RT_Iteration && !mean)) continue;
-      m_times[run.run_name.str()] = run.GetAdjustedRealTime();
-    }
-  }
+// The back-end case beside a facade case: "Facade/..." against "Backend/...".
+std::string BackendOf(const std::string& name) {
+  const std::string facade = "Facade/";
+  return name.rfind(facade, 0) == 0 ? "Backend/" + name.substr(facade.size()) : std::string();
+}
 
-  void Finalize() override {
-    ConsoleReporter::Finalize();
-    for (const auto& [name, facadeTime] : m_times) {
-      if (name.rfind("Facade/", 0) != 0) continue;
-      const std::string suffix = name.substr(7);
-      const auto backend = m_times.find("Backend/" + suffix);
-      if (backend == m_times.end() || backend->second <= 0) continue;
-      printf("overhead %s: facade %.3f ms, back-end %.3f ms, %+.1f %%\n", suffix.c_str(),
-             facadeTime, backend->second, (facadeTime / backend->second - 1.0) * 100.0);
-    }
-  }
-
- private:
-  std::map<std::string, double> m_times;
-};
+void PrintOverhead(const std::string& name, const PairReporter::Times& facade,
+                   const PairReporter::Times& backend) {
+  if (backend.real <= 0) return;
+  printf("overhead %s: facade %.3f ms, back-end %.3f ms, %+.1f %%\n", name.substr(7).c_str(),
+         facade.real, backend.real, (facade.real / backend.real - 1.0) * 100.0);
+}
 
 }  // namespace
 
@@ -176,7 +160,7 @@ int main(int argc, char** argv) {
   const int result = RunWithTile(argc, argv, wxSize(960, 540), [](wxWindow* tile) {
     g_tile = tile;
     RegisterAll();
-    OverheadReporter reporter;
+    PairReporter reporter(BackendOf, PrintOverhead);
     benchmark::RunSpecifiedBenchmarks(&reporter);
     g_tile = nullptr;
     return 0;

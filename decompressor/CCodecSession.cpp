@@ -16,10 +16,6 @@ const AVCodec* FindDecoder(const std::string& name) {
   return avcodec_find_decoder(descriptor->id);
 }
 
-bool IsDamaged(const AVFrame& frame) {
-  return frame.decode_error_flags != 0 || (frame.flags & AV_FRAME_FLAG_CORRUPT);
-}
-
 // Out-of-band headers in a zero-padded buffer that the codec context owns and frees.
 bool CopyExtradata(const std::vector<unsigned char>& extradata, AVCodecContext& context) {
   if (extradata.empty()) return true;
@@ -41,11 +37,17 @@ void CCodecSession::CountLost() {
   m_predictedFromDamage = true;
 }
 
+// Damaged by the codec's own account or, for H.265, by the picture's hash.
+bool CCodecSession::IsFlagged(const AVFrame& picture) {
+  const bool codec = picture.decode_error_flags != 0 || (picture.flags & AV_FRAME_FLAG_CORRUPT);
+  const bool hash = m_checksHashes && m_hashes.IsDamaged(picture);
+  return codec || hash;
+}
+
 // Counts the picture and tells whether the policy shows it. Damage carries over to every
 // picture until a key frame that is itself undamaged.
-bool CCodecSession::IsShown(const AVFrame& picture) {
+bool CCodecSession::IsShown(const AVFrame& picture, bool flagged) {
   ++m_counts.decoded;
-  const bool flagged = IsDamaged(picture);
   if (flagged || picture.key_frame) m_predictedFromDamage = flagged;
   const bool damaged = flagged || m_predictedFromDamage;
   if (!damaged) return true;
@@ -55,11 +57,12 @@ bool CCodecSession::IsShown(const AVFrame& picture) {
   return false;
 }
 
-// MJPEG is full range by the JPEG convention, whether or not the decoder says so.
-void CCodecSession::MarkJpegRange(AVFrame& picture) const {
-  if (m_context->codec_id == AV_CODEC_ID_MJPEG && picture.color_range == AVCOL_RANGE_UNSPECIFIED) {
-    picture.color_range = AVCOL_RANGE_JPEG;
-  }
+// MJPEG is BT.601 in full range by the JPEG convention (JFIF), at every size, whether or not
+// the decoder says so.
+void CCodecSession::MarkJpegColour(AVFrame& picture) const {
+  if (m_context->codec_id != AV_CODEC_ID_MJPEG) return;
+  if (picture.color_range == AVCOL_RANGE_UNSPECIFIED) picture.color_range = AVCOL_RANGE_JPEG;
+  if (picture.colorspace == AVCOL_SPC_UNSPECIFIED) picture.colorspace = AVCOL_SPC_BT470BG;
 }
 
 CCodecSession::CCodecSession() : m_packet(av_packet_alloc()), m_received(av_frame_alloc()) {}
@@ -73,6 +76,8 @@ int CCodecSession::Open(const VideoStreamInfo_t& stream, DamagePolicy policy) {
   AvCodecContextPtr context(avcodec_alloc_context3(codec));
   if (!context || !m_packet || !m_received) return DECOMP_ERROR_INTERNAL;
   context->thread_count = 1;
+  // Pictures come out uncropped so that their hashes can be checked; Receive crops them.
+  context->apply_cropping = 0;
   if (policy == DamagePolicy::kDrop) context->err_recognition |= AV_EF_EXPLODE;
   context->width = stream.width;
   context->height = stream.height;
@@ -84,6 +89,8 @@ int CCodecSession::Open(const VideoStreamInfo_t& stream, DamagePolicy policy) {
   m_context = std::move(context);
   m_policy = policy;
   m_predictedFromDamage = false;
+  m_checksHashes = codec->id == AV_CODEC_ID_HEVC;
+  m_hashes.Reset(stream.extradata);
   return DECOMP_OK;
 }
 
@@ -98,6 +105,7 @@ int CCodecSession::Decode(const unsigned char* data, int size, long long pts,
   m_packet->data = const_cast<unsigned char*>(data);
   m_packet->size = size;
   m_packet->pts = pts;
+  if (m_checksHashes) m_hashes.Read(data, size, pts);
   const int result = Send(m_packet.get(), store);
   av_packet_unref(m_packet.get());
   return result;
@@ -135,12 +143,17 @@ int CCodecSession::Receive(CPictureStore& store, bool& dropped) {
       dropped = true;
       return pictures;
     }
-    if (!IsShown(*m_received)) {
+    // The hash covers the coded picture, so it is checked before the picture is cropped as
+    // libavcodec would have cropped it (data pointers kept aligned); a crop window that does
+    // not fit the picture is damage too.
+    const bool flagged = IsFlagged(*m_received);
+    const bool cropped = av_frame_apply_cropping(m_received.get(), 0) >= 0;
+    if (!IsShown(*m_received, flagged || !cropped)) {
       dropped = true;
       av_frame_unref(m_received.get());
       continue;
     }
-    MarkJpegRange(*m_received);
+    MarkJpegColour(*m_received);
     store.Take(*m_received);
     ++pictures;
   }

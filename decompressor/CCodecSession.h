@@ -2,9 +2,10 @@
 //
 // It feeds packets in, collects every picture they complete and hands them to a
 // CPictureStore, after its damage policy. A picture is damaged when the codec flags it
-// (concealed errors, missing references) and, until the next key frame, when it is predicted
-// from a damaged one (counted in output order: with B-frames, pictures shown before a damaged
-// reference are not caught). A packet the codec rejects counts as one damaged picture lost
+// (concealed errors, missing references), when an H.265 stream's picture hash says so (the
+// H.265 decoder flags next to nothing: CPictureHash), and, until the next key frame, when it is
+// predicted from a damaged one (counted in output order: with B-frames, pictures shown before a
+// damaged reference are not caught). A packet the codec rejects counts as one damaged picture lost
 // and makes what follows predicted from damage. Under kConceal damaged pictures are shown as
 // libavcodec's error concealment repaired them; under kDrop they are not shown (the codec
 // rejects damaged data outright, AV_EF_EXPLODE) and the store keeps the last good picture.
@@ -13,6 +14,7 @@
 #pragma once
 
 #include "AvHandles.h"
+#include "CPictureHash.h"
 #include "DecompressorTypes.h"
 
 class CPictureStore;
@@ -54,14 +56,17 @@ class CCodecSession {
  private:
   int Send(const AVPacket* packet, CPictureStore& store);
   int Receive(CPictureStore& store, bool& dropped);
-  bool IsShown(const AVFrame& picture);
+  bool IsShown(const AVFrame& picture, bool flagged);
+  bool IsFlagged(const AVFrame& picture);
   void CountLost();
-  void MarkJpegRange(AVFrame& picture) const;
+  void MarkJpegColour(AVFrame& picture) const;
 
   AvCodecContextPtr m_context;
   AvPacketPtr m_packet;
   AvFramePtr m_received;
   DamagePolicy m_policy = DamagePolicy::kConceal;
   bool m_predictedFromDamage = false;
+  bool m_checksHashes = false;
+  CPictureHash m_hashes;
   Counts m_counts;
 };

@@ -50,7 +50,9 @@ class CDecompressor {
   void Close();
   bool IsOpen() const;
 
-  // Damaged pictures: those the codec flags (concealed errors, missing references) and those
+  // Damaged pictures: those the codec flags (concealed errors, missing references), those of an
+  // H.265 stream that differ from the picture hashes the stream carries (libavcodec's H.265
+  // decoder flags next to nothing; a camera that sends hashes lets damage show), and those
   // predicted from them until the next key frame. kConceal (the default) shows them as
   // libavcodec's error concealment repaired them; kDrop leaves them out, so the last good
   // picture stays. Concealment is the default because it serves an operator better: a lossy
@@ -101,7 +103,8 @@ class CDecompressor {
   // Colour. GetImage reads a picture's YUV samples with the matrix (BT.601, BT.709, BT.2020)
   // and range (limited or full) its stream signals. Where a stream signals none, HD sizes
   // (1280 wide or 720 high and up) are read as BT.709 and smaller ones as BT.601, in limited
-  // range, except MJPEG, which is full range; raw frames (PutFrame) are BT.601 limited range.
+  // range, except MJPEG, which is BT.601 full range at every size (JPEG's convention); raw
+  // frames (PutFrame) are BT.601 limited range.
   // A host whose camera tags its stream wrongly overrides the matrix, the range or both
   // (kFromStream leaves that field to the stream); the override holds for every later
   // picture, across Open and raw frames, until it is set again.

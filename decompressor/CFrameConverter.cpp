@@ -3,6 +3,7 @@
 #include "CFrameConverter.h"
 
 #include <cstddef>
+#include <cstdint>
 
 extern "C" {
 #include <libavutil/imgutils.h>
@@ -95,6 +96,57 @@ void CopyOut(const PlaneView& view, const CPixelLayout& target, unsigned char* c
   }
 }
 
+// The caller's planes in FFmpeg's plane order.
+TargetView CallerPlanes(const CPixelLayout& target, unsigned char* const* planes,
+                        const int* pitches) {
+  TargetView view;
+  for (int plane = 0; plane < target.GetPlaneCount(); ++plane) {
+    const int caller = CallerPlane(target.GetFormat(), plane);
+    view.data[plane] = planes[caller];
+    view.linesize[plane] = pitches[caller];
+  }
+  return view;
+}
+
+// The caller's planes as RewriteYuv writes them: the chroma the table gives them.
+YuvTarget CallerYuvTarget(const CPixelLayout& target, unsigned char* const* planes,
+                          const int* pitches) {
+  const int chroma = CallerPlane(target.GetFormat(), 1);
+  return YuvTarget{CallerPlanes(target, planes, pitches), target.GetRowBytes(chroma),
+                   target.GetRows(chroma)};
+}
+
+CScaler::Key InDeliveredColour(CScaler::Key key) {
+  key.sourceColour = kDeliveredColour;
+  return key;
+}
+
+// Whether libswscale may write the caller's planes itself. Its vector writers round a row up
+// to their width and write past its end (measured with libswscale 6.7 over every target
+// format, scaled and unscaled, at every even width up to 2100: rows of a multiple of 16 bytes
+// still got bytes written past their end, rows of a multiple of 32 none), and it wants its
+// planes on 16-byte boundaries. So: every plane exactly as FFmpeg lays out the format (which
+// the table's odd sizes are not), its rows a multiple of 32 bytes, its pointer and pitch
+// multiples of 16. Other planes get libswscale's picture copied by the table's rows.
+bool TakesSwscaleWrites(const CPixelLayout& target, unsigned char* const* planes,
+                        const int* pitches) {
+  const AVPixelFormat format = ToAvPixelFormat(target.GetFormat());
+  const AVPixFmtDescriptor& desc = *av_pix_fmt_desc_get(format);
+  int rowBytes[4] = {};
+  av_image_fill_linesizes(rowBytes, format, target.GetWidth());
+  for (int plane = 0; plane < target.GetPlaneCount(); ++plane) {
+    const int caller = CallerPlane(target.GetFormat(), plane);
+    const int shift = IsChromaPlane(desc, plane) ? desc.log2_chroma_h : 0;
+    const bool laidOut = target.GetRowBytes(caller) == rowBytes[plane] &&
+                         target.GetRows(caller) == AV_CEIL_RSHIFT(target.GetHeight(), shift);
+    const bool aligned = rowBytes[plane] > 0 && rowBytes[plane] % 32 == 0 &&
+                         reinterpret_cast<uintptr_t>(planes[caller]) % 16 == 0 &&
+                         pitches[caller] % 16 == 0;
+    if (!laidOut || !aligned) return false;
+  }
+  return true;
+}
+
 }  // namespace
 
 CFrameConverter::CFrameConverter() : m_staging(av_frame_alloc()), m_rewritten(av_frame_alloc()) {}
@@ -115,20 +167,44 @@ int CFrameConverter::Convert(const AVFrame& source, const ColourSpace_t& colour,
                    target.GetWidth(),
                    target.GetHeight()};
   PlaneView view = CropView(source, format, crop);
-  if (NeedsRewrite(key) && !Rewrite(key, view)) return DECOMP_ERROR_INTERNAL;
+  if (NeedsRewrite(key)) {
+    // Rewritten at its own format and size, it goes straight into the caller's planes.
+    if (IsPlainCopy(InDeliveredColour(key))) {
+      RewriteYuv(view, format, key.sourceWidth, key.sourceHeight, key.sourceColour,
+                 CallerYuvTarget(target, planes, pitches));
+      return DECOMP_OK;
+    }
+    if (!Rewrite(key, view)) return DECOMP_ERROR_INTERNAL;
+  }
   if (IsPlainCopy(key)) {
     CopyOut(view, target, planes, pitches);
     return DECOMP_OK;
   }
-  if (IsUnscaledOddSize(key) && !Stage(key, view)) return DECOMP_ERROR_INTERNAL;
-  const AVFrame* converted = Scale(key, view);
-  if (!converted) return DECOMP_ERROR_INTERNAL;
-  CopyOut(ViewOf(*converted), target, planes, pitches);
-  return DECOMP_OK;
+  if (CanConvertYuvToRgb(key.sourceFormat, key.targetFormat)) {
+    return ToRgb(key, view, planes[0], pitches[0]);
+  }
+  return Scale(key, view, target, planes, pitches);
 }
 
 int CFrameConverter::GetSetupCount() const {
   return m_first.GetSetupCount() + m_second.GetSetupCount();
+}
+
+// YUV into RGB: where the size changes, scaled in YUV to 4:4:4 at the target size first (the
+// source's colour kept), then converted by our own step straight into the caller's rows.
+int CFrameConverter::ToRgb(const CScaler::Key& key, PlaneView view, uint8_t* rgb, int pitch) {
+  AVPixelFormat format = key.sourceFormat;
+  if (!IsUnscaled(key)) {
+    CScaler::Key scaling = key;
+    scaling.targetFormat = AV_PIX_FMT_YUV444P;
+    scaling.targetColour = key.sourceColour;
+    if (!m_first.Run(scaling, view)) return DECOMP_ERROR_INTERNAL;
+    view = ViewOf(m_first.Output());
+    format = AV_PIX_FMT_YUV444P;
+  }
+  ConvertYuvToRgb(view, format, key.targetWidth, key.targetHeight, key.sourceColour,
+                  key.targetFormat, rgb, pitch);
+  return DECOMP_OK;
 }
 
 // The crop in delivered colour, in a picture of its own; from here on the source.
@@ -137,10 +213,12 @@ bool CFrameConverter::Rewrite(CScaler::Key& key, PlaneView& view) {
       !EnsurePictureBuffer(*m_rewritten, key.sourceFormat, key.sourceWidth, key.sourceHeight)) {
     return false;
   }
-  RewriteYuv(view, key.sourceFormat, key.sourceWidth, key.sourceHeight, key.sourceColour,
-             *m_rewritten);
+  const AVPixFmtDescriptor& desc = *av_pix_fmt_desc_get(key.sourceFormat);
+  const YuvTarget whole{TargetOf(*m_rewritten), AV_CEIL_RSHIFT(key.sourceWidth, desc.log2_chroma_w),
+                        AV_CEIL_RSHIFT(key.sourceHeight, desc.log2_chroma_h)};
+  RewriteYuv(view, key.sourceFormat, key.sourceWidth, key.sourceHeight, key.sourceColour, whole);
   view = ViewOf(*m_rewritten);
-  key.sourceColour = kDeliveredColour;
+  key = InDeliveredColour(key);
   return true;
 }
 
@@ -168,18 +246,33 @@ bool CFrameConverter::Stage(CScaler::Key& key, PlaneView& view) {
   return true;
 }
 
-const AVFrame* CFrameConverter::Scale(const CScaler::Key& key, const PlaneView& view) {
+// The libswscale road: one step, or two where IntermediateFormat says so; the last step writes
+// the caller's planes where they take what libswscale writes, its own picture otherwise, which
+// is then copied by the table's rows.
+int CFrameConverter::Scale(CScaler::Key key, PlaneView view, const CPixelLayout& target,
+                           unsigned char* const* planes, const int* pitches) {
+  const bool staged = IsUnscaledOddSize(key);
+  if (staged && !Stage(key, view)) return DECOMP_ERROR_INTERNAL;
+  CScaler* last = &m_first;
   const AVPixelFormat between = IntermediateFormat(key);
-  if (between == AV_PIX_FMT_NONE) return m_first.Run(key, view) ? &m_first.Output() : nullptr;
-  // The scaling step keeps the source's colour; the converting step reads it.
-  CScaler::Key scaling = key;
-  scaling.targetFormat = between;
-  scaling.targetColour = key.sourceColour;
-  CScaler::Key converting = key;
-  converting.sourceFormat = between;
-  converting.sourceWidth = key.targetWidth;
-  converting.sourceHeight = key.targetHeight;
-  const bool done =
-      m_first.Run(scaling, view) && m_second.Run(converting, ViewOf(m_first.Output()));
-  return done ? &m_second.Output() : nullptr;
+  if (between != AV_PIX_FMT_NONE) {
+    // The scaling step keeps the source's colour; the converting step reads it.
+    CScaler::Key scaling = key;
+    scaling.targetFormat = between;
+    scaling.targetColour = key.sourceColour;
+    if (!m_first.Run(scaling, view)) return DECOMP_ERROR_INTERNAL;
+    view = ViewOf(m_first.Output());
+    key.sourceFormat = between;
+    key.sourceWidth = key.targetWidth;
+    key.sourceHeight = key.targetHeight;
+    last = &m_second;
+  }
+  // A staged picture is larger than the caller's.
+  if (!staged && TakesSwscaleWrites(target, planes, pitches)) {
+    const bool done = last->RunInto(key, view, CallerPlanes(target, planes, pitches));
+    return done ? DECOMP_OK : DECOMP_ERROR_INTERNAL;
+  }
+  if (!last->Run(key, view)) return DECOMP_ERROR_INTERNAL;
+  CopyOut(ViewOf(last->Output()), target, planes, pitches);
+  return DECOMP_OK;
 }

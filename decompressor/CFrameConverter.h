@@ -1,18 +1,27 @@
 // CFrameConverter: crops, converts and scales one picture into a caller's frame buffer.
 //
-// This is the engine behind CDecompressor::GetImage. libswscale converts into a picture of our
-// own, and only the rows and bytes that the frame-buffer table gives each plane are then
-// copied into the caller's planes, rows `pitch` apart. The detour exists because libswscale's
-// optimised writers round rows up to their vector width and would write past the end of a
-// buffer laid out exactly as the table says; it also lets odd sizes and YV12's exchanged planes
-// be handled in one place. A crop that needs no conversion at all is copied straight from the
-// source picture.
+// This is the engine behind CDecompressor::GetImage. Every road ends in the caller's planes,
+// writing only the rows and bytes that the frame-buffer table gives each plane, rows `pitch`
+// apart, and none keeps a picture of its own where it need not:
+// - a crop that needs no conversion is copied straight from the source picture;
+// - planar 8-bit YUV of another matrix or range bound for the same YUV format at the same size
+//   is rewritten into BT.601 limited range (YuvMatrix) straight into the caller's planes;
+// - planar 8-bit YUV into RGB is converted by our own step (YuvMatrix) straight into the
+//   caller's rows, after libswscale has scaled it to 4:4:4 at the target size where the size
+//   changes: libswscale's accurate road into RGB runs in C and costs several times as much;
+// - everything else goes through libswscale (CScaler), in one step or two, whose last step
+//   writes the caller's planes where they take what libswscale writes (rows of a multiple of
+//   32 bytes on 16-byte boundaries, laid out as FFmpeg lays out the format: its vector writers
+//   run past the end of other rows) and otherwise a picture of its own, copied by the table's
+//   rows. libswscale's unscaled converters drop the last column of some odd widths, so those
+//   run one size up on a staged copy.
 //
-// Scaling a YUV picture into RGB runs in two steps, scaling in YUV and then converting at the
-// target size, which libswscale does about three times faster than in one step. The steps
-// and their pictures are kept and reused while the source format, the crop size, the target
-// format and the target size stay the same, so steady streams allocate nothing per frame. It
-// does not check arguments (the decoder does) and keeps no picture of the stream.
+// Scaling a YUV picture into RGB through libswscale (sources our own step does not take) runs
+// in two steps, scaling in YUV and then converting at the target size, which libswscale does
+// about three times faster than in one step. The steps and their pictures are kept and reused
+// while the source format, the crop size, the target format and the target size stay the
+// same, so steady streams allocate nothing per frame. It does not check arguments (the decoder
+// does) and keeps no picture of the stream.
 //
 // Colour: the caller says how the source's YUV samples are to be read (matrix and range). YUV
 // targets get BT.601 limited range, the matrix the renderer's GL programs invert; RGB targets
@@ -46,9 +55,11 @@ class CFrameConverter {
   int GetSetupCount() const;
 
  private:
+  int ToRgb(const CScaler::Key& key, PlaneView view, uint8_t* rgb, int pitch);
   bool Rewrite(CScaler::Key& key, PlaneView& view);
   bool Stage(CScaler::Key& key, PlaneView& view);
-  const AVFrame* Scale(const CScaler::Key& key, const PlaneView& view);
+  int Scale(CScaler::Key key, PlaneView view, const CPixelLayout& target,
+            unsigned char* const* planes, const int* pitches);
 
   CScaler m_first;
   CScaler m_second;

@@ -47,16 +47,22 @@ bool SetColour(SwsContext& context, const CScaler::Key& key) {
                                   target.range == ColourRange::kFull, 0, kNeutral, kNeutral) >= 0;
 }
 
-}  // namespace
-
-PlaneView ViewOf(const AVFrame& picture) {
-  PlaneView view;
+// A picture's plane pointers and pitches, as a view to read or to write.
+template <typename View, typename Picture>
+View PlanesOf(Picture& picture) {
+  View view;
   for (int plane = 0; plane < 4; ++plane) {
     view.data[plane] = picture.data[plane];
     view.linesize[plane] = picture.linesize[plane];
   }
   return view;
 }
+
+}  // namespace
+
+PlaneView ViewOf(const AVFrame& picture) { return PlanesOf<PlaneView>(picture); }
+
+TargetView TargetOf(AVFrame& picture) { return PlanesOf<TargetView>(picture); }
 
 bool CScaler::Key::operator==(const Key& other) const {
   return sourceFormat == other.sourceFormat && sourceColour == other.sourceColour &&
@@ -70,21 +76,25 @@ CScaler::CScaler() : m_output(av_frame_alloc()) {}
 CScaler::~CScaler() = default;
 
 bool CScaler::Run(const Key& key, const PlaneView& source) {
+  return m_output &&
+         EnsurePictureBuffer(*m_output, key.targetFormat, key.targetWidth, key.targetHeight) &&
+         RunInto(key, source, TargetOf(*m_output));
+}
+
+bool CScaler::RunInto(const Key& key, const PlaneView& source, const TargetView& target) {
   if (!Prepare(key)) return false;
   const int rows = sws_scale(m_context.get(), source.data, source.linesize, 0, key.sourceHeight,
-                             m_output->data, m_output->linesize);
+                             target.data, target.linesize);
   return rows == key.targetHeight;
 }
 
 bool CScaler::Prepare(const Key& key) {
-  if (!m_output) return false;
   if (!m_context || !(m_key == key)) {
     ++m_setupCount;
     m_context = Build(key);
     m_key = key;
   }
-  return m_context &&
-         EnsurePictureBuffer(*m_output, key.targetFormat, key.targetWidth, key.targetHeight);
+  return m_context != nullptr;
 }
 
 SwsContextPtr CScaler::Build(const Key& key) {

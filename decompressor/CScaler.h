@@ -2,10 +2,10 @@
 // parameters (formats, sizes, source range) stay the same.
 //
 // CFrameConverter chains one or two of these; a step only converts and scales between two
-// FFmpeg pictures of its own choosing. It knows nothing of crops, caller buffers or the
-// frame-buffer table. Colour: the source's and the target's matrix and range are part of the
-// parameters (libswscale reads them only on the YUV side of a step); a YUV-to-YUV step between
-// two matrices runs through RGB inside libswscale.
+// pictures, its own output picture or planes it is handed. It knows nothing of crops, caller
+// buffers or the frame-buffer table. Colour: the source's and the target's matrix and range are
+// part of the parameters (libswscale reads them only on the YUV side of a step); a YUV-to-YUV step
+// between two matrices runs through RGB inside libswscale.
 #pragma once
 
 #include "AvHandles.h"
@@ -17,7 +17,14 @@ struct PlaneView {
   int linesize[4] = {};
 };
 
+// Plane pointers and pitches a step writes: its own picture's, or a caller's.
+struct TargetView {
+  uint8_t* data[4] = {};
+  int linesize[4] = {};
+};
+
 PlaneView ViewOf(const AVFrame& picture);
+TargetView TargetOf(AVFrame& picture);
 
 class CScaler {
  public:
@@ -40,6 +47,9 @@ class CScaler {
 
   // Converts `source`, a picture as `key` describes it, into Output(). False on failure.
   bool Run(const Key& key, const PlaneView& source);
+  // The same into `target` instead, whose planes must take whatever libswscale writes (see
+  // CFrameConverter for when a caller's planes do).
+  bool RunInto(const Key& key, const PlaneView& source, const TargetView& target);
   const AVFrame& Output() const { return *m_output; }
 
   // How often the step was built anew: once per change of parameters.

@@ -50,8 +50,9 @@ enum class DamagePolicy : int {
 // A decoder's health at a glance, for a host's overlay and watchdog; cheap to read every paint.
 struct DecoderStatistics_t {
   // Pictures since construction: completed by the codec (good or damaged); damaged (flagged by
-  // the codec, predicted from a damaged one until the next key frame, or lost in data the codec
-  // rejected); dropped (damaged and not shown, under DamagePolicy::kDrop or lost).
+  // the codec or by an H.265 picture hash, predicted from a damaged one until the next key
+  // frame, or lost in data the codec rejected); dropped (damaged and not shown, under
+  // DamagePolicy::kDrop or lost).
   long long picturesDecoded = 0;
   long long picturesDamaged = 0;
   long long picturesDropped = 0;

@@ -30,12 +30,17 @@ Rgb ReferenceYuvToRgb(const Yuv& yuv) {
 }
 
 Yuv ReferenceRgbToYuv(const Rgb& rgb) {
+  const ExactYuv exact = ReferenceRgbToExactYuv(rgb);
+  return Yuv{Clamp8(exact.y), Clamp8(exact.u), Clamp8(exact.v)};
+}
+
+ExactYuv ReferenceRgbToExactYuv(const Rgb& rgb) {
   const double r = rgb.r;
   const double g = rgb.g;
   const double b = rgb.b;
-  return Yuv{Clamp8(16 + (65.481 * r + 128.553 * g + 24.966 * b) / 255),
-             Clamp8(128 + (-37.797 * r - 74.203 * g + 112.0 * b) / 255),
-             Clamp8(128 + (112.0 * r - 93.786 * g - 18.214 * b) / 255)};
+  return ExactYuv{16 + (65.481 * r + 128.553 * g + 24.966 * b) / 255,
+                  128 + (-37.797 * r - 74.203 * g + 112.0 * b) / 255,
+                  128 + (112.0 * r - 93.786 * g - 18.214 * b) / 255};
 }
 
 Yuv ReferenceRgbToYuv(const Rgb& rgb, const LumaWeights& weights, bool fullRange) {

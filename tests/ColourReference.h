@@ -23,6 +23,14 @@ Rgb ReferenceYuvToRgb(const Yuv& yuv);
 // The inverse: Y = 16 + (65.481 R + 128.553 G + 24.966 B) / 255, and so on, rounded.
 Yuv ReferenceRgbToYuv(const Rgb& rgb);
 
+// The same samples before rounding.
+struct ExactYuv {
+  double y;
+  double u;
+  double v;
+};
+ExactYuv ReferenceRgbToExactYuv(const Rgb& rgb);
+
 // A YUV matrix by the luma weights of red and blue of its standard (green's is the rest).
 struct LumaWeights {
   double kr;

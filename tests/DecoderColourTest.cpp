@@ -1,17 +1,20 @@
 // Colour on real streams: colour bars encoded losslessly with libx264 and libx265, tagged with
-// each matrix and range or not at all, at an SD and an HD size, come out of GetImage as the
-// reference conversion of the bars says (I420 in BT.601 limited range, RGB24 as the bars
-// were), and the renderer's BT.601 inverse of the delivered I420 gives the bars back. Also the
-// host's override, the conventions for unsignalled streams and the plain copy that stays.
-// The references are computed here from the standards' luma weights, not through libswscale.
-// Lossy coding is left out on purpose: the bars are encoded losslessly, so every error
-// measured is the decoder's conversion.
+// each matrix and range or not at all, at an SD and an HD size, and with MJPEG (untagged, full
+// range), come out of GetImage as the reference conversion of the bars says (I420 in BT.601
+// limited range, RGB24 as the bars were), and the renderer's BT.601 inverse of the delivered
+// I420 gives the bars back. Also the host's override, the conventions for unsignalled streams
+// and the plain copy that stays. The references are computed here from the standards' luma
+// weights, not through libswscale. Lossy coding is left out on purpose where the codec allows:
+// H.264 and H.265 bars are lossless, so every error measured is the decoder's conversion;
+// MJPEG's bars fill whole blocks at its finest quantiser, which leaves their interiors exact
+// but for rounding.
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <functional>
 #include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -19,16 +22,15 @@
 #include <decompressor/CDecompressor.h>
 #include <decompressor/PixelFormat.h>
 
-extern "C" {
-#include <libavutil/pixdesc.h>
-}
-
-#include "TestPictures.h"
+#include "ColourBars.h"
 
 namespace {
 
 constexpr int kSdWidth = 160;
 constexpr int kSdHeight = 120;
+// MJPEG codes 16 x 16 blocks: bars of 48 x 48 pixels fill whole blocks.
+constexpr int kMjpegSdWidth = 192;
+constexpr int kMjpegSdHeight = 144;
 constexpr int kHdWidth = 1280;
 constexpr int kHdHeight = 720;
 constexpr int kPictures = 2;
@@ -42,25 +44,11 @@ constexpr ColourSpace_t kBt601Limited{ColourMatrix::kBt601, ColourRange::kLimite
 
 struct ColourCase {
   std::string name;
-  const char* encoder;
-  int width;
-  int height;
-  AVColorSpace matrixTag;
-  AVColorRange rangeTag;
+  BarStream stream;
   ColourSpace_t expected;  // what the tags (or the conventions) make of the samples
 };
 
 void PrintTo(const ColourCase& test, std::ostream* out) { *out << test.name; }
-
-LumaWeights WeightsOf(ColourMatrix matrix) {
-  switch (matrix) {
-    case ColourMatrix::kBt709: return kBt709Weights;
-    case ColourMatrix::kBt2020: return kBt2020Weights;
-    default: return kBt601Weights;
-  }
-}
-
-bool IsFull(const ColourSpace_t& colour) { return colour.range == ColourRange::kFull; }
 
 // Mean and largest absolute error per channel over the bars' flat interiors.
 struct ChannelErrors {
@@ -109,45 +97,6 @@ ChannelErrors Measure(int width, int height, const Samples& actual, const Sample
 std::array<int, 3> AsArray(const Yuv& yuv) { return {yuv.y, yuv.u, yuv.v}; }
 std::array<int, 3> AsArray(const Rgb& rgb) { return {rgb.r, rgb.g, rgb.b}; }
 
-// Bars as YUV samples in `colour`, chroma from each chroma block's top-left pixel.
-TestFrame BarsIn(const ColourSpace_t& colour, int width, int height,
-                 int format = PIXEL_FORMAT_I420) {
-  TestFrame bars(format, width, height);
-  const LumaWeights weights = WeightsOf(colour.matrix);
-  bars.PaintYuv([&](int x, int y) {
-    return ReferenceRgbToYuv(BlockColour(x, y, width, height), weights, IsFull(colour));
-  });
-  return bars;
-}
-
-// Bars with samples in `samples`, encoded losslessly and tagged as the case says.
-EncodedStream EncodeBars(const ColourCase& test, const ColourSpace_t& samples) {
-  EncoderSettings settings;
-  settings.lossless = true;
-  settings.matrix = test.matrixTag;
-  settings.range = test.rangeTag;
-  TestEncoder encoder(test.encoder, test.width, test.height, kStreamRate, settings);
-  TestFrame bars = BarsIn(samples, test.width, test.height);
-  for (int index = 0; index < kPictures; ++index)
-    encoder.Encode(bars.Planes(), bars.Pitches(), index);
-  encoder.Finish();
-  if (!encoder.IsOpen()) return EncodedStream{};
-  return EncodedStream{encoder.StreamInfo(), encoder.Packets()};
-}
-
-::testing::AssertionResult DecodeAll(CDecompressor& decoder, const EncodedStream& stream) {
-  if (stream.packets.empty()) return ::testing::AssertionFailure() << "nothing encoded";
-  if (decoder.Open(stream.info) != DECOMP_OK) return ::testing::AssertionFailure() << "open";
-  for (const EncodedPacket& packet : stream.packets) {
-    decoder.Decode(packet.data.data(), static_cast<int>(packet.data.size()), packet.pts);
-  }
-  decoder.Drain();
-  if (decoder.GetFrameCount() != kPictures) {
-    return ::testing::AssertionFailure() << decoder.GetFrameCount() << " pictures decoded";
-  }
-  return ::testing::AssertionSuccess();
-}
-
 // GetImage of the whole picture at its own size in I420 and RGB24 against the references.
 void ExpectBarsDelivered(CDecompressor& decoder, int width, int height) {
   TestFrame i420(PIXEL_FORMAT_I420, width, height);
@@ -178,9 +127,9 @@ void ExpectBarsDelivered(CDecompressor& decoder, int width, int height) {
 // as the reference of `samples` says.
 void ExpectOverrideRead(CDecompressor& decoder, AVColorSpace matrixTag, AVColorRange rangeTag,
                         const ColourSpace_t& samples, const ColourSpace_t& override) {
-  const ColourCase tagged{"override", "libx264", kSdWidth, kSdHeight, matrixTag, rangeTag, samples};
+  const BarStream tagged{"libx264", kSdWidth, kSdHeight, matrixTag, rangeTag};
   decoder.SetColourOverride(override);
-  ASSERT_TRUE(DecodeAll(decoder, EncodeBars(tagged, samples)));
+  ASSERT_TRUE(DecodeAll(decoder, EncodeBars(tagged, samples, kPictures), kPictures));
   EXPECT_EQ(samples, decoder.GetSourceColour());
   ExpectBarsDelivered(decoder, kSdWidth, kSdHeight);
 }
@@ -199,27 +148,16 @@ constexpr AVColorSpace kMatrixTags[] = {AVCOL_SPC_SMPTE170M, AVCOL_SPC_BT709, AV
                                         AVCOL_SPC_UNSPECIFIED};
 constexpr AVColorRange kRangeTags[] = {AVCOL_RANGE_MPEG, AVCOL_RANGE_JPEG, AVCOL_RANGE_UNSPECIFIED};
 
-// What the tags say of the samples, or, untagged, the conventions: HD sizes BT.709, SD BT.601,
-// limited range.
-ColourSpace_t TaggedColour(AVColorSpace matrix, AVColorRange range, int width, int height) {
-  const bool hd = width >= kHdWidth || height >= kHdHeight;
-  ColourSpace_t colour{hd ? ColourMatrix::kBt709 : ColourMatrix::kBt601,
-                       range == AVCOL_RANGE_JPEG ? kFull : kLimited};
-  if (matrix == AVCOL_SPC_SMPTE170M) colour.matrix = ColourMatrix::kBt601;
-  if (matrix == AVCOL_SPC_BT709) colour.matrix = ColourMatrix::kBt709;
-  if (matrix == AVCOL_SPC_BT2020_NCL) colour.matrix = ColourMatrix::kBt2020;
-  return colour;
-}
-
 ColourCase Case(const char* encoder, int width, int height, AVColorSpace matrix,
                 AVColorRange range) {
-  const std::string name = std::string(encoder) + "_" + std::to_string(height) + "p_" +
-                           av_color_space_name(matrix) + "_" + av_color_range_name(range);
-  return ColourCase{
-      name, encoder, width, height, matrix, range, TaggedColour(matrix, range, width, height)};
+  const BarStream stream{encoder, width, height, matrix, range};
+  return ColourCase{BarStreamName(stream), stream, TaggedColour(stream)};
 }
 
-// Every tagging at the SD size; at the HD size untagged (the convention) and tagged BT.601.
+// Every tagging at the SD size; at the HD size untagged (the convention), tagged BT.601,
+// BT.709 and BT.2020, and full range tagged and by the convention's matrix. MJPEG carries no
+// tags (full range by the JPEG convention) and is lossy: its bars are whole 16 x 16 blocks,
+// so their interiors come through its quantiser unchanged but for rounding.
 std::vector<ColourCase> AllCases() {
   std::vector<ColourCase> cases;
   for (const char* encoder : {"libx264", "libx265"}) {
@@ -228,10 +166,20 @@ std::vector<ColourCase> AllCases() {
         cases.push_back(Case(encoder, kSdWidth, kSdHeight, matrix, range));
       }
     }
-    for (AVColorSpace matrix : {AVCOL_SPC_SMPTE170M, AVCOL_SPC_UNSPECIFIED}) {
-      cases.push_back(Case(encoder, kHdWidth, kHdHeight, matrix, AVCOL_RANGE_UNSPECIFIED));
+    const std::pair<AVColorSpace, AVColorRange> hdTags[] = {
+        {AVCOL_SPC_UNSPECIFIED, AVCOL_RANGE_UNSPECIFIED},
+        {AVCOL_SPC_SMPTE170M, AVCOL_RANGE_MPEG},
+        {AVCOL_SPC_BT709, AVCOL_RANGE_MPEG},
+        {AVCOL_SPC_BT2020_NCL, AVCOL_RANGE_MPEG},
+        {AVCOL_SPC_BT709, AVCOL_RANGE_JPEG},
+        {AVCOL_SPC_UNSPECIFIED, AVCOL_RANGE_JPEG}};
+    for (const auto& [matrix, range] : hdTags) {
+      cases.push_back(Case(encoder, kHdWidth, kHdHeight, matrix, range));
     }
   }
+  cases.push_back(
+      Case("mjpeg", kMjpegSdWidth, kMjpegSdHeight, AVCOL_SPC_UNSPECIFIED, AVCOL_RANGE_JPEG));
+  cases.push_back(Case("mjpeg", kHdWidth, kHdHeight, AVCOL_SPC_UNSPECIFIED, AVCOL_RANGE_JPEG));
   return cases;
 }
 
@@ -240,9 +188,9 @@ std::vector<ColourCase> AllCases() {
 TEST_P(DecodedColour, BarsArriveAsTheReferenceSaysInI420AndRgb) {
   const ColourCase& test = GetParam();
   CDecompressor decoder;
-  ASSERT_TRUE(DecodeAll(decoder, EncodeBars(test, test.expected)));
+  ASSERT_TRUE(DecodeAll(decoder, EncodeBars(test.stream, test.expected, kPictures), kPictures));
   EXPECT_EQ(test.expected, decoder.GetSourceColour());
-  ExpectBarsDelivered(decoder, test.width, test.height);
+  ExpectBarsDelivered(decoder, test.stream.width, test.stream.height);
 }
 
 INSTANTIATE_TEST_SUITE_P(Streams, DecodedColour, ::testing::ValuesIn(AllCases()),
@@ -268,10 +216,9 @@ TEST(DecoderColour, AnOverrideOfTheRangeAloneKeepsTheStreamsMatrix) {
 }
 
 TEST(DecoderColour, ABt601PictureIsCopiedAsItIsAndABt709OneConverted) {
-  ColourCase test{"copy",           "libx264",    kSdWidth, kSdHeight, AVCOL_SPC_SMPTE170M,
-                  AVCOL_RANGE_MPEG, kBt601Limited};
+  BarStream test{"libx264", kSdWidth, kSdHeight, AVCOL_SPC_SMPTE170M, AVCOL_RANGE_MPEG};
   CDecompressor plain;
-  ASSERT_TRUE(DecodeAll(plain, EncodeBars(test, kBt601Limited)));
+  ASSERT_TRUE(DecodeAll(plain, EncodeBars(test, kBt601Limited, kPictures), kPictures));
   TestFrame i420(PIXEL_FORMAT_I420, kSdWidth, kSdHeight);
   ASSERT_EQ(DECOMP_OK, GetWholeImage(plain, i420));
   EXPECT_TRUE(i420.SamePictureBytes(BarsIn(kBt601Limited, kSdWidth, kSdHeight), "plain-601"));
@@ -281,7 +228,7 @@ TEST(DecoderColour, ABt601PictureIsCopiedAsItIsAndABt709OneConverted) {
   const ColourSpace_t bt709 = Colour(k709, kLimited);
   test.matrixTag = AVCOL_SPC_BT709;
   CDecompressor converted;
-  ASSERT_TRUE(DecodeAll(converted, EncodeBars(test, bt709)));
+  ASSERT_TRUE(DecodeAll(converted, EncodeBars(test, bt709, kPictures), kPictures));
   ASSERT_EQ(DECOMP_OK, GetWholeImage(converted, i420));
   const int x = kSdWidth / kBlockColumns / 2;
   const int y = kSdHeight / kBlockRows / 2;

@@ -1,9 +1,11 @@
-// The decoder's statistics against streams whose figures are known: an H.264 camera stream at
-// 25 pictures per second (its bit rate over the last two seconds summed here from its packets),
+// The decoder's statistics against streams whose figures are known: an H.264 and an H.265
+// camera stream (the latter with picture checksums, which is how damage shows there) at 25
+// pictures per second (its bit rate over the last two seconds summed here from its packets),
 // one with a single damaged packet (the damage runs to the next key frame), and the age of the
 // latest picture on the wall clock. Not the rate window's arithmetic on its own; only what a
 // host reads.
 #include <chrono>
+#include <ostream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -22,10 +24,19 @@ constexpr int kKeyInterval = 10;
 constexpr int kDamagedPacket = 13;
 constexpr int kWindowPictures = 2 * kStreamRate;
 
-class StreamStatistics : public ::testing::Test {
+struct StatisticsCase {
+  const char* name;
+  const char* encoder;
+  int pictureHash;    // EncoderSettings::pictureHash
+  const char* codec;  // as the statistics name it
+};
+
+void PrintTo(const StatisticsCase& test, std::ostream* out) { *out << test.name; }
+
+class StreamStatistics : public ::testing::TestWithParam<StatisticsCase> {
  protected:
   void SetUp() override {
-    stream = EncodeInOrderCamera(kFrames);
+    stream = EncodeInOrderCamera(kFrames, GetParam().encoder, GetParam().pictureHash);
     ASSERT_EQ(static_cast<size_t>(kFrames), stream.packets.size());
   }
 
@@ -52,7 +63,8 @@ class StreamStatistics : public ::testing::Test {
 
 }  // namespace
 
-TEST_F(StreamStatistics, BeforeAnyPictureEverythingIsZeroAndTheAgeUnknown) {
+TEST(DecoderStatistics, BeforeAnyPictureEverythingIsZeroAndTheAgeUnknown) {
+  CDecompressor decoder;
   const DecoderStatistics_t statistics = decoder.GetStatistics();
   EXPECT_EQ(0, statistics.picturesDecoded);
   EXPECT_EQ(0.0, statistics.framesPerSecond);
@@ -62,7 +74,7 @@ TEST_F(StreamStatistics, BeforeAnyPictureEverythingIsZeroAndTheAgeUnknown) {
   EXPECT_EQ(0, statistics.width);
 }
 
-TEST_F(StreamStatistics, RatesCountsAndDescriptionOfAKnownStream) {
+TEST_P(StreamStatistics, RatesCountsAndDescriptionOfAKnownStream) {
   DecodeAll();
   const DecoderStatistics_t statistics = decoder.GetStatistics();
   EXPECT_EQ(kFrames, statistics.picturesDecoded);
@@ -70,13 +82,13 @@ TEST_F(StreamStatistics, RatesCountsAndDescriptionOfAKnownStream) {
   EXPECT_EQ(0, statistics.picturesDropped);
   EXPECT_NEAR(kStreamRate, statistics.framesPerSecond, 1e-9);
   EXPECT_NEAR(LastTwoSecondsBitRate(), statistics.bitsPerSecond, 1e-6);
-  EXPECT_EQ(std::string("h264"), statistics.codec);
+  EXPECT_EQ(std::string(GetParam().codec), statistics.codec);
   EXPECT_EQ(kStreamWidth, statistics.width);
   EXPECT_EQ(kStreamHeight, statistics.height);
   EXPECT_EQ((ColourSpace_t{ColourMatrix::kBt601, ColourRange::kLimited}), statistics.colour);
 }
 
-TEST_F(StreamStatistics, OneDamagedPacketCountsUpToTheNextKeyFrame) {
+TEST_P(StreamStatistics, OneDamagedPacketCountsUpToTheNextKeyFrame) {
   ASSERT_TRUE(stream.packets[kDamagedPacket - kDamagedPacket % kKeyInterval].keyFrame);
   std::vector<unsigned char>& data = stream.packets[kDamagedPacket].data;
   for (size_t i = data.size() / 2; i < data.size(); ++i) data[i] ^= 0x5A;
@@ -88,7 +100,7 @@ TEST_F(StreamStatistics, OneDamagedPacketCountsUpToTheNextKeyFrame) {
   EXPECT_NEAR(kStreamRate, statistics.framesPerSecond, 1e-9);
 }
 
-TEST_F(StreamStatistics, ReopeningStartsTheRatesAfresh) {
+TEST_P(StreamStatistics, ReopeningStartsTheRatesAfresh) {
   DecodeAll();
   ASSERT_EQ(DECOMP_OK, decoder.Open(stream.info));
   EXPECT_EQ(0.0, decoder.GetStatistics().framesPerSecond);
@@ -96,7 +108,8 @@ TEST_F(StreamStatistics, ReopeningStartsTheRatesAfresh) {
   EXPECT_EQ(kFrames, decoder.GetStatistics().picturesDecoded);
 }
 
-TEST_F(StreamStatistics, TheLatestPictureAgesOnTheWallClock) {
+TEST(DecoderStatistics, TheLatestPictureAgesOnTheWallClock) {
+  CDecompressor decoder;
   TestFrame raw = NoiseFrame(PIXEL_FORMAT_I420, 16, 16);
   ASSERT_EQ(DECOMP_OK, PutTestFrame(decoder, raw));
   const double fresh = decoder.GetStatistics().latestPictureAge;
@@ -109,3 +122,10 @@ TEST_F(StreamStatistics, TheLatestPictureAgesOnTheWallClock) {
   ASSERT_EQ(DECOMP_OK, PutTestFrame(decoder, raw));
   EXPECT_LT(decoder.GetStatistics().latestPictureAge, aged);
 }
+
+INSTANTIATE_TEST_SUITE_P(Codecs, StreamStatistics,
+                         ::testing::Values(StatisticsCase{"H264", "libx264", 0, "h264"},
+                                           StatisticsCase{"H265", "libx265", 3, "hevc"}),
+                         [](const ::testing::TestParamInfo<StatisticsCase>& info) {
+                           return std::string(info.param.name);
+                         });

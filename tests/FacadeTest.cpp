@@ -80,18 +80,9 @@ std::vector<InternalGLCanvas*> FacadeTest::CanvasesOn(wxWindow* parent) {
   return canvases;
 }
 
-namespace {
-
-// Out of the way of the frames the other suites show at the top left.
-const wxPoint kScreenPlace(800, 600);
-
-}  // namespace
-
 void ScreenFacadeTest::SetUp() {
   FacadeTest::SetUp();
-  frame->Move(kScreenPlace);
-  frame->Raise();
-  ASSERT_TRUE(PumpUntil([this] { return frame->GetScreenPosition() == kScreenPlace; }));
+  ASSERT_TRUE(MoveToScreenPlace());
   // The window manager-less server moves and exposes the frame a little later than the
   // toolkit reports the move: wait until the tile is on screen in its colour.
   tile->Refresh();

@@ -44,9 +44,13 @@ const std::vector<wxColour>& FramePicture::RgbPalette() {
 }
 
 wxColour FramePicture::ProgramColour(const Yuv& sample) {
-  const double y = 1.1643 * (sample.y / 255.0) - 0.0625;
-  const double u = sample.u / 255.0 - 0.5;
-  const double v = sample.v / 255.0 - 0.5;
+  return ProgramColour(sample.y, sample.u, sample.v);
+}
+
+wxColour FramePicture::ProgramColour(double luma, double blue, double red) {
+  const double y = 1.1643 * (luma / 255.0) - 0.0625;
+  const double u = blue / 255.0 - 0.5;
+  const double v = red / 255.0 - 0.5;
   return wxColour(Channel(y + 1.5958 * v), Channel(y - 0.39173001 * u - 0.81290001 * v),
                   Channel(y + 2.017 * u));
 }

@@ -34,6 +34,9 @@ class FramePicture {
   // The programs' conversion of one sample, rounded to 8 bits and clamped as the colour
   // output clamps.
   static wxColour ProgramColour(const Yuv& sample);
+  // The same for samples that are not whole numbers: Y, U (blue difference) and V (red
+  // difference) on 0..255.
+  static wxColour ProgramColour(double luma, double blue, double red);
 
   static FramePicture MakeYuv(int format, wxSize size, LumaFunction luma, ChromaFunction chroma);
   static FramePicture MakeRgb(int format, wxSize size, ColourFunction colour);

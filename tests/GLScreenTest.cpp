@@ -11,16 +11,11 @@
 
 namespace {
 
-// Out of the way of the frames the other suites show at the top left.
-const wxPoint kScreenPlace(800, 600);
-
 class Screen : public GLTest {
  protected:
   void SetUp() override {
     GLTest::SetUp();
-    frame->Move(kScreenPlace);
-    frame->Raise();
-    ASSERT_TRUE(PumpUntil([this] { return frame->GetScreenPosition() == kScreenPlace; }));
+    ASSERT_TRUE(MoveToScreenPlace());
   }
 };
 

@@ -123,6 +123,16 @@ wxImage GLTest::BackgroundImage() const {
   return SolidImage(tile->GetClientSize(), tile->GetBackgroundColour());
 }
 
+::testing::AssertionResult GLTest::MoveToScreenPlace() {
+  const wxPoint place(800, 600);
+  frame->Move(place);
+  frame->Raise();
+  if (PumpUntil([this, place] { return frame->GetScreenPosition() == place; })) {
+    return ::testing::AssertionSuccess();
+  }
+  return ::testing::AssertionFailure() << "the frame never reached " << place.x << ", " << place.y;
+}
+
 unsigned long NextXRequest() { return XNextRequest(wxGetX11Display()); }
 
 const void* CurrentContext() { return glXGetCurrentContext(); }

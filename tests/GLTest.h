@@ -45,6 +45,10 @@ class GLTest : public WxTest {
   // The tile filled with its background colour: the starting point of expected pictures.
   wxImage BackgroundImage() const;
 
+  // Moves the frame to where the suites that read the screen show theirs, out of the way of
+  // the other suites' frames at the top left, and waits until it is there.
+  ::testing::AssertionResult MoveToScreenPlace();
+
   wxWindow* tile = nullptr;
   std::vector<std::unique_ptr<GLTestRenderer>> renderers;
 };

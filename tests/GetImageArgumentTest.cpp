@@ -178,6 +178,65 @@ TEST_F(GetImageArguments, WritesStayInsideThePlanesRows) {
   }
 }
 
+// Sizes whose rows are whole multiples of 32 bytes, on pitches of a multiple of 16 bytes, are
+// written by libswscale (and by the decoder's own RGB and BT.601 steps) straight into the
+// caller's planes; other pitches get a copy. Either way nothing outside the table's rows is
+// written and the pictures are the same: scaled from the whole picture and unscaled from a
+// crop of the target's size, from sources of three layouts (NV12 goes through libswscale's two
+// steps into RGB). 72 x 40 into YUYV from YUV422P is a size whose rows (144 bytes) libswscale
+// runs past the plane's end.
+TEST(GetImageDirectWrites, StayInsideThePlanesRowsAndMatchTheCopies) {
+  const int formats[] = {PIXEL_FORMAT_I420,  PIXEL_FORMAT_YUYV,    PIXEL_FORMAT_RGB24,
+                         PIXEL_FORMAT_BGR24, PIXEL_FORMAT_YUV422P, PIXEL_FORMAT_RGBA32,
+                         PIXEL_FORMAT_UYVY,  PIXEL_FORMAT_NV12,    PIXEL_FORMAT_YV12};
+  const int sizes[][2] = {{128, 72}, {64, 36}, {192, 110}, {320, 180},
+                          {160, 90}, {96, 54}, {48, 28},   {72, 40}};
+  for (int sourceFormat : {PIXEL_FORMAT_I420, PIXEL_FORMAT_NV12, PIXEL_FORMAT_YUV422P}) {
+    CDecompressor decoder;
+    TestFrame source = NoiseFrame(sourceFormat, 400, 300);
+    ASSERT_EQ(DECOMP_OK, PutTestFrame(decoder, source));
+    for (int format : formats) {
+      for (const auto& size : sizes) {
+        for (bool scaled : {true, false}) {
+          SCOPED_TRACE(::testing::Message() << "from " << sourceFormat << " to " << format << " "
+                                            << size[0] << "x" << size[1] << " scaled " << scaled);
+          const auto get = [&](TestFrame& target) {
+            return decoder.GetImage(target.Planes(), target.Pitches(), format, size[0], size[1], 0,
+                                    0, scaled ? 400 : size[0], scaled ? 300 : size[1], nullptr);
+          };
+          TestFrame copied(format, size[0], size[1], 9);
+          ASSERT_EQ(DECOMP_OK, get(copied));
+          for (int padding : {0, 16, 48}) {
+            TestFrame direct(format, size[0], size[1], padding);
+            ASSERT_EQ(DECOMP_OK, get(direct));
+            EXPECT_TRUE(direct.GuardsIntact()) << "padding " << padding;
+            EXPECT_TRUE(direct.SamePictureBytes(copied, "direct-" + std::to_string(format)));
+          }
+        }
+      }
+    }
+  }
+}
+
+TEST(GetImageDirectWrites, ARewrittenPictureFillsOnlyTheTablesRows) {
+  const int sizes[][2] = {{128, 72}, {101, 75}, {64, 33}, {33, 64}, {1, 1}, {3, 1}};
+  for (int format : {PIXEL_FORMAT_I420, PIXEL_FORMAT_YV12, PIXEL_FORMAT_YUV422P}) {
+    for (const auto& size : sizes) {
+      for (int padding : {0, 7, 16}) {
+        SCOPED_TRACE(::testing::Message() << "format " << format << " " << size[0] << "x" << size[1]
+                                          << " padding " << padding);
+        CDecompressor decoder;
+        decoder.SetColourOverride(ColourSpace_t{ColourMatrix::kBt709, ColourRange::kFromStream});
+        TestFrame source = NoiseFrame(format, size[0], size[1]);
+        ASSERT_EQ(DECOMP_OK, PutTestFrame(decoder, source));
+        TestFrame target(format, size[0], size[1], padding);
+        ASSERT_EQ(DECOMP_OK, GetWholeImage(decoder, target));
+        EXPECT_TRUE(target.GuardsIntact());
+      }
+    }
+  }
+}
+
 TEST_F(GetImageArguments, EngagedPtzCropsToItsZoomWindow) {
   CDigitalPTZ ptz;
   ptz.enabled = true;

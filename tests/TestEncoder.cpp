@@ -1,6 +1,8 @@
 // TestEncoder: I420 in, converted to the encoder's input, packets out.
 #include "TestEncoder.h"
 
+#include <string>
+
 extern "C" {
 #include <libavutil/opt.h>
 }
@@ -11,22 +13,34 @@ AVPixelFormat InputFormat(const AVCodec& codec) {
   return codec.id == AV_CODEC_ID_MJPEG ? AV_PIX_FMT_YUVJ420P : AV_PIX_FMT_YUV420P;
 }
 
-// High quality settings, so decoded pictures stay close to what went in; lossless where asked.
-void SetQuality(const AVCodec& codec, bool lossless, AVCodecContext& context) {
+// What the given pictures hold: limited range, except pictures for MJPEG tagged full range,
+// which pass through as they are.
+AVPixelFormat GivenFormat(const AVCodec& codec, const EncoderSettings& settings) {
+  const bool fullRange = codec.id == AV_CODEC_ID_MJPEG && settings.range == AVCOL_RANGE_JPEG;
+  return fullRange ? AV_PIX_FMT_YUVJ420P : AV_PIX_FMT_YUV420P;
+}
+
+// High quality settings, so decoded pictures stay close to what went in; lossless and with
+// picture hashes where asked.
+void SetQuality(const AVCodec& codec, const EncoderSettings& settings, AVCodecContext& context) {
   switch (codec.id) {
     case AV_CODEC_ID_H264:
       av_opt_set(context.priv_data, "preset", "veryfast", 0);
-      av_opt_set(context.priv_data, lossless ? "qp" : "crf", lossless ? "0" : "18", 0);
+      av_opt_set(context.priv_data, settings.lossless ? "qp" : "crf",
+                 settings.lossless ? "0" : "18", 0);
       break;
-    case AV_CODEC_ID_HEVC:
+    case AV_CODEC_ID_HEVC: {
       av_opt_set(context.priv_data, "preset", "ultrafast", 0);
       av_opt_set(context.priv_data, "crf", "18", 0);
-      av_opt_set(context.priv_data, "x265-params",
-                 lossless ? "log-level=none:lossless=1" : "log-level=none", 0);
+      std::string parameters = "log-level=none";
+      if (settings.lossless) parameters += ":lossless=1";
+      if (settings.pictureHash > 0) parameters += ":hash=" + std::to_string(settings.pictureHash);
+      av_opt_set(context.priv_data, "x265-params", parameters.c_str(), 0);
       break;
+    }
     default:
       context.flags |= AV_CODEC_FLAG_QSCALE;
-      context.global_quality = FF_QP2LAMBDA * 2;
+      context.global_quality = FF_QP2LAMBDA * (settings.lossless ? 1 : 2);
       break;
   }
 }
@@ -81,12 +95,12 @@ bool TestEncoder::Open(const AVCodec& codec, int width, int height, int rate,
   m_context->colorspace = settings.matrix;
   m_context->color_range = settings.range;
   if (settings.globalHeader) m_context->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
-  SetQuality(codec, settings.lossless, *m_context);
+  SetQuality(codec, settings, *m_context);
   if (avcodec_open2(m_context.get(), &codec, nullptr) < 0) return false;
   m_input->format = m_context->pix_fmt;
   m_input->width = width;
   m_input->height = height;
-  m_converter.reset(sws_getContext(width, height, AV_PIX_FMT_YUV420P, width, height,
+  m_converter.reset(sws_getContext(width, height, GivenFormat(codec, settings), width, height,
                                    m_context->pix_fmt, SWS_BILINEAR, nullptr, nullptr, nullptr));
   return m_converter && av_frame_get_buffer(m_input.get(), 0) >= 0;
 }

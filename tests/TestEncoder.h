@@ -2,11 +2,11 @@
 //
 // It takes I420 pictures laid out as the frame-buffer table says (as CSyntheticCamera draws
 // them), converts them to the encoder's input format (full-range YUV for MJPEG, as IP cameras
-// send it) and collects the packets. With global headers the codec configuration goes to
-// extradata, as MP4 and Matroska want it; otherwise it travels in-band with every key frame.
-// Settings can tag the stream's colour (the samples pass through as given: the encoder does
-// not convert them), make it lossless and leave out B-frames. It does not write files
-// (TestMovieWriter does) and does not decode.
+// send it, unless the pictures are tagged full range already) and collects the packets. With global
+// headers the codec configuration goes to extradata, as MP4 and Matroska want it; otherwise it
+// travels in-band with every key frame. Settings can tag the stream's colour (the samples pass
+// through as given: the encoder does not convert them), make it lossless, leave out B-frames and
+// add picture hashes. It does not write files (TestMovieWriter does) and does not decode.
 #pragma once
 
 #include <string>
@@ -24,8 +24,9 @@ struct EncodedPacket {
 
 struct EncoderSettings {
   bool globalHeader = false;
-  bool lossless = false;  // libx264 and libx265 only
+  bool lossless = false;  // libx264 and libx265; the finest quantiser for the others
   bool bFrames = true;    // false: pictures come out in decoding order
+  int pictureHash = 0;    // libx265 only: 1 MD5, 2 CRC, 3 checksum of every picture
   AVColorSpace matrix = AVCOL_SPC_UNSPECIFIED;
   AVColorRange range = AVCOL_RANGE_UNSPECIFIED;
 };

@@ -147,10 +147,12 @@ EncodedStream EncodeCamera(const char* encoder, int width, int height, int rate,
   return EncodedStream{stream.StreamInfo(), stream.Packets()};
 }
 
-EncodedStream EncodeInOrderCamera(int frames) {
+EncodedStream EncodeInOrderCamera(int frames, const char* encoder, int pictureHash, int width,
+                                  int height) {
   EncoderSettings settings;
   settings.bFrames = false;
-  return EncodeCamera("libx264", kStreamWidth, kStreamHeight, kStreamRate, frames, settings);
+  settings.pictureHash = pictureHash;
+  return EncodeCamera(encoder, width, height, kStreamRate, frames, settings);
 }
 
 ::testing::AssertionResult CloseToCamera(CDecompressor& decoder, long long index, int rate,

@@ -73,10 +73,12 @@ EncodedStream EncodeCamera(const char* encoder, int width, int height, int rate,
 EncodedStream EncodeCamera(const char* encoder, int width, int height, int rate, int frames,
                            const EncoderSettings& settings);
 
-// `frames` camera pictures of kStreamWidth x kStreamHeight at kStreamRate, H.264 with a key
-// frame every 10 pictures and no B-frames, so pictures come out in the order their packets go
-// in (the damage and statistics tests count by packet).
-EncodedStream EncodeInOrderCamera(int frames);
+// `frames` camera pictures of kStreamWidth x kStreamHeight at kStreamRate, with a key frame
+// every 10 pictures and no B-frames, so pictures come out in the order their packets go in
+// (the damage and statistics tests count by packet); H.264 unless another encoder is named,
+// with the picture hashes of EncoderSettings::pictureHash (libx265).
+EncodedStream EncodeInOrderCamera(int frames, const char* encoder = "libx264", int pictureHash = 0,
+                                  int width = kStreamWidth, int height = kStreamHeight);
 
 // The decoder's latest picture is within kCodecMeanError of picture `index` of a camera of
 // its size.
