@@ -12,6 +12,8 @@ packages=(
   libgtest-dev libgmock-dev googletest libbenchmark-dev
   xvfb xauth
   clang-format
+  # The fuzz harnesses (scripts/fuzz.sh): clang with libFuzzer and the sanitizer runtimes.
+  clang libclang-rt-14-dev
   fonts-dejavu-core
 )
 
