@@ -5,6 +5,7 @@
 #include <string>
 
 #include "CPictureStore.h"
+#include "CPixelLayout.h"
 #include "DecompressorTypes.h"
 
 namespace {
@@ -18,6 +19,13 @@ const AVCodec* FindDecoder(const std::string& name) {
 
 bool IsDamaged(const AVFrame& frame) {
   return frame.decode_error_flags != 0 || (frame.flags & AV_FRAME_FLAG_CORRUPT);
+}
+
+// Beyond the library's largest picture (CPixelLayout::kMaxDimension a side). Only a broken or
+// hostile stream declares one (a fuzzed H.264 header asked for 3712 x 16480); shown, it would
+// make every GetImage convert hundreds of megabytes.
+bool IsOversized(const AVFrame& frame) {
+  return frame.width > CPixelLayout::kMaxDimension || frame.height > CPixelLayout::kMaxDimension;
 }
 
 // Out-of-band headers in a zero-padded buffer that the codec context owns and frees.
@@ -73,6 +81,11 @@ int CCodecSession::Open(const VideoStreamInfo_t& stream, DamagePolicy policy) {
   AvCodecContextPtr context(avcodec_alloc_context3(codec));
   if (!context || !m_packet || !m_received) return DECOMP_ERROR_INTERNAL;
   context->thread_count = 1;
+  // libavcodec refuses to allocate larger pictures (a corrupt header would otherwise cost
+  // gigabytes of reference frames); those that fit in the area but not a side are refused
+  // when they come out (IsOversized).
+  context->max_pixels =
+      static_cast<int64_t>(CPixelLayout::kMaxDimension) * CPixelLayout::kMaxDimension;
   if (policy == DamagePolicy::kDrop) context->err_recognition |= AV_EF_EXPLODE;
   context->width = stream.width;
   context->height = stream.height;
@@ -134,6 +147,13 @@ int CCodecSession::Receive(CPictureStore& store, bool& dropped) {
       CountLost();
       dropped = true;
       return pictures;
+    }
+    if (IsOversized(*m_received)) {
+      ++m_counts.decoded;
+      CountLost();
+      dropped = true;
+      av_frame_unref(m_received.get());
+      continue;
     }
     if (!IsShown(*m_received)) {
       dropped = true;
