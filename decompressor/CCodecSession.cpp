@@ -5,6 +5,7 @@
 #include <string>
 
 #include "CPictureStore.h"
+#include "CPixelLayout.h"
 #include "DecompressorTypes.h"
 
 namespace {
@@ -14,6 +15,13 @@ const AVCodec* FindDecoder(const std::string& name) {
       avcodec_descriptor_get_by_name(name == "h265" ? "hevc" : name.c_str());
   if (!descriptor || descriptor->type != AVMEDIA_TYPE_VIDEO) return nullptr;
   return avcodec_find_decoder(descriptor->id);
+}
+
+// Beyond the library's largest picture (CPixelLayout::kMaxDimension a side). Only a broken or
+// hostile stream declares one (a fuzzed H.264 header asked for 3712 x 16480); shown, it would
+// make every GetImage convert hundreds of megabytes.
+bool IsOversized(const AVFrame& frame) {
+  return frame.width > CPixelLayout::kMaxDimension || frame.height > CPixelLayout::kMaxDimension;
 }
 
 // Out-of-band headers in a zero-padded buffer that the codec context owns and frees.
@@ -78,6 +86,11 @@ int CCodecSession::Open(const VideoStreamInfo_t& stream, DamagePolicy policy) {
   context->thread_count = 1;
   // Pictures come out uncropped so that their hashes can be checked; Receive crops them.
   context->apply_cropping = 0;
+  // libavcodec refuses to allocate larger pictures (a corrupt header would otherwise cost
+  // gigabytes of reference frames); those that fit in the area but not a side are refused
+  // when they come out (IsOversized).
+  context->max_pixels =
+      static_cast<int64_t>(CPixelLayout::kMaxDimension) * CPixelLayout::kMaxDimension;
   if (policy == DamagePolicy::kDrop) context->err_recognition |= AV_EF_EXPLODE;
   context->width = stream.width;
   context->height = stream.height;
@@ -142,6 +155,13 @@ int CCodecSession::Receive(CPictureStore& store, bool& dropped) {
       CountLost();
       dropped = true;
       return pictures;
+    }
+    if (IsOversized(*m_received)) {
+      ++m_counts.decoded;
+      CountLost();
+      dropped = true;
+      av_frame_unref(m_received.get());
+      continue;
     }
     // The hash covers the coded picture, so it is checked before the picture is cropped as
     // libavcodec would have cropped it (data pointers kept aligned); a crop window that does

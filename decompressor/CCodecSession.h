@@ -9,6 +9,8 @@
 // and makes what follows predicted from damage. Under kConceal damaged pictures are shown as
 // libavcodec's error concealment repaired them; under kDrop they are not shown (the codec
 // rejects damaged data outright, AV_EF_EXPLODE) and the store keeps the last good picture.
+// Pictures larger than CPixelLayout::kMaxDimension a side are never shown, under either
+// policy: they count as damaged and dropped, as a rejected packet does.
 // It decodes on the calling thread (no codec threads: many tiles decode side by side, and
 // threads would only add latency) and knows nothing of conversion or output.
 #pragma once

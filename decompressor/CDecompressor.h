@@ -65,8 +65,9 @@ class CDecompressor {
   // Feeds one compressed packet with its presentation time. Returns the number of new
   // pictures it completed (0 while the codec waits for more data; damaged ones included under
   // kConceal), or a negative code: DECOMP_ERROR_NOT_OPEN, DECOMP_ERROR_ARGUMENT (no data),
-  // DECOMP_ERROR_CORRUPT_DATA (the codec rejected the data, or under kDrop a damaged picture
-  // was dropped; the last good picture stays).
+  // DECOMP_ERROR_CORRUPT_DATA (the codec rejected the data, a picture was larger than
+  // CPixelLayout::kMaxDimension a side, or under kDrop a damaged picture was dropped; the
+  // last good picture stays).
   int Decode(const unsigned char* data, int size, long long pts);
 
   // At the end of a stream: collects the pictures the codec still holds back for reordering,

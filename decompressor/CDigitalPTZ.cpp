@@ -2,6 +2,7 @@
 #include "CDigitalPTZ.h"
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
 
 namespace {
@@ -11,11 +12,15 @@ float Clamp(float value, float low, float high) {
   return std::min(value, high);
 }
 
-// Places a window of `size` whose centre points at `direction` (-1..1) across a span.
+// Places a window of `size` whose centre points at `direction` (-1..1) across a span. Worked
+// out in 64 bits, and a span that reaches past the int range keeps its window inside it, so
+// the window's end (position + size) is always an int.
 int PlaceWindow(int start, int span, int size, float direction) {
   const double centre = start + span * (1.0 + Clamp(direction, -1.0f, 1.0f)) / 2.0;
-  const int position = static_cast<int>(std::lround(centre - size / 2.0));
-  return std::clamp(position, start, start + span - size);
+  const long long first = start;
+  const long long last = std::max(first, first + span - size);
+  const long long position = std::clamp(std::llround(centre - size / 2.0), first, last);
+  return static_cast<int>(std::min<long long>(position, INT_MAX - size));
 }
 
 }  // namespace

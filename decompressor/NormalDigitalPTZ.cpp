@@ -70,12 +70,16 @@ void NormalDigitalPTZ::GetDestinationRect(float aspect, int& x, int& y, int& wid
       m_clientHeight <= 0) {
     return;
   }
+  // In double and bounded by the client before rounding: a float product near INT_MAX rounds
+  // past it, and the bars beside a negative size would overflow.
   const double clientAspect = static_cast<double>(m_clientWidth) / m_clientHeight;
   if (clientAspect > aspect) {  // wider than the picture: bars left and right
-    width = std::min(m_clientWidth, static_cast<int>(std::lround(m_clientHeight * aspect)));
+    width = static_cast<int>(
+        std::lround(std::min<double>(m_clientWidth, static_cast<double>(m_clientHeight) * aspect)));
     x = (m_clientWidth - width) / 2;
   } else {  // taller than the picture: bars above and below
-    height = std::min(m_clientHeight, static_cast<int>(std::lround(m_clientWidth / aspect)));
+    height = static_cast<int>(
+        std::lround(std::min<double>(m_clientHeight, m_clientWidth / static_cast<double>(aspect))));
     y = (m_clientHeight - height) / 2;
   }
 }

@@ -1315,35 +1315,13 @@ void OpenGLRenderer::DoDrawLabel(wxDC* dc, const wxString& text, wxFont font, wx
 }
 
 // The largest point size, from the font's own down to 1, at which the text fits the render client
-// area from `origin`. Stepping down a point at a time and measuring with glyph fonts built an
-// atlas for every size tried (a 300-point label in a small tile took seconds per paint), so the
-// size is bisected instead, over extents measured without glyphs: only the size finally used
-// gets an atlas, when the label is drawn. The search relies on a smaller size never measuring
-// wider or taller, which holds for the toolkit's fonts.
+// area from `origin` (RendererBase::FitFont). Measuring with glyph fonts would build an atlas for
+// every size tried (a 300-point label in a small tile took seconds per paint), so the sizes are
+// measured without glyphs: only the size finally used gets an atlas, when the label is drawn.
 wxFont OpenGLRenderer::GetScaledFont(wxFont font, const wxString& text, wxPoint origin) {
-  if (!font.IsOk() || font.GetPointSize() <= 1) return font;
-  const wxSize client = GetRenderClientSize();
-  const auto fits = [&font, &text, origin, client](int points) {
-    wxFont sized = font;
-    sized.SetPointSize(points);
-    const wxSize extent = wxGLFont::MeasureWithoutGlyphs(sized, text);
-    // Summed wider: an origin near the int limit must not wrap round and seem to fit.
-    return static_cast<long long>(origin.x) + extent.x <= client.x &&
-           static_cast<long long>(origin.y) + extent.y <= client.y;
-  };
-  if (fits(font.GetPointSize())) return font;
-  int low = 1;  // the answer when no size fits
-  int high = font.GetPointSize() - 1;
-  while (low < high) {
-    const int middle = low + (high - low + 1) / 2;
-    if (fits(middle)) {
-      low = middle;
-    } else {
-      high = middle - 1;
-    }
-  }
-  font.SetPointSize(low);
-  return font;
+  return FitFont(font, origin, GetRenderClientSize(), [&text](const wxFont& sized) {
+    return wxGLFont::MeasureWithoutGlyphs(sized, text);
+  });
 }
 
 // An invalid colour (wxNullColour) has no channels to ask for (the toolkit asserts on it); the

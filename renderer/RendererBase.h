@@ -7,6 +7,7 @@
 // supply DrawFrame and the Do* primitives and override the hooks.
 #pragma once
 
+#include <functional>
 #include <list>
 #include <vector>
 
@@ -100,6 +101,12 @@ class RendererBase : public IRenderer {
   // Text layout.
   wxPoint GetTextLocation(wxFont font, const wxString& text, wxRect rect, int alignment);
   static int OsdPosToAlignment(int position);
+
+  // `font` at the largest point size, from its own down to 1, at which the extent `measure`
+  // gives fits `client` from `origin`; a font of 1 point or less, or an invalid one, comes
+  // back as it is. The shared search of the back-ends' GetScaledFont.
+  static wxFont FitFont(wxFont font, wxPoint origin, wxSize client,
+                        const std::function<wxSize(const wxFont&)>& measure);
 
   // Colour helpers. An invalid colour (wxNullColour) comes back unchanged.
   static wxColour ChangeAlpha(const wxColour& colour, const unsigned char& alpha);

@@ -14,6 +14,8 @@ packages=(
   libsdl2-dev
   xvfb xauth
   clang-format
+  # The fuzz harnesses (scripts/fuzz.sh): clang with libFuzzer and the sanitizer runtimes.
+  clang libclang-rt-14-dev
   fonts-dejavu-core
 )
 

@@ -96,6 +96,20 @@ TEST(DigitalPtz, ZoomWindowIsAtLeastOnePixel) {
   EXPECT_EQ((PtzRect{9, 9, 1, 1}), ptz.GetZoomWindow(PtzRect{0, 0, 10, 10}));
 }
 
+// Found by the fuzzer: the window's last position (start + span - size) was summed in int.
+TEST(DigitalPtz, ZoomWindowOfARegionReachingPastTheIntLimitStaysInsideIt) {
+  CDigitalPTZ ptz;
+  for (float pan : {-1.0f, 0.0f, 1.0f}) {
+    ptz.SetPanTiltZoom(pan, pan, 1.0f);
+    const PtzRect window = ptz.GetZoomWindow(PtzRect{INT_MAX - 10, INT_MAX - 3, 55, 20});
+    EXPECT_EQ(55, window.width);
+    EXPECT_EQ(20, window.height);
+    EXPECT_LE(static_cast<long long>(window.x) + window.width, INT_MAX) << pan;
+    EXPECT_LE(static_cast<long long>(window.y) + window.height, INT_MAX) << pan;
+    EXPECT_GE(window.x, INT_MAX - 55) << pan;
+  }
+}
+
 TEST_F(NormalPtzTest, CurrentAspectRatioIsTheVideoShapeWithoutAForcedRatio) {
   EXPECT_FLOAT_EQ(1920.0f / 1080.0f, ptz.GetCurrentAspectRatio());
 }
@@ -137,6 +151,22 @@ TEST_F(NormalPtzTest, UnusableAspectFillsTheClient) {
   EXPECT_EQ((PtzRect{0, 0, 800, 800}), Destination(ptz, 0.0f));
   EXPECT_EQ((PtzRect{0, 0, 800, 800}), Destination(ptz, -1.0f));
   EXPECT_EQ((PtzRect{0, 0, 800, 800}), Destination(ptz, 1.0f / 0.0f));
+}
+
+// Found by the fuzzer: a client INT_MAX wide and 25 high with an aspect just under its own
+// made the width a float product that rounded past INT_MAX, and the bars' width overflowed.
+TEST_F(NormalPtzTest, AClientAtTheIntLimitKeepsTheDestinationInsideIt) {
+  ptz.SetClientSize(INT_MAX, 25);
+  const PtzRect wide = Destination(ptz, 85899344.0f);
+  EXPECT_EQ(25, wide.height);
+  EXPECT_GE(wide.x, 0);
+  EXPECT_GT(wide.width, INT_MAX - 64);
+  EXPECT_LE(static_cast<long long>(wide.x) + wide.width, INT_MAX);
+  ptz.SetClientSize(25, INT_MAX);
+  const PtzRect tall = Destination(ptz, 1.0f / 85899344.0f);
+  EXPECT_EQ(25, tall.width);
+  EXPECT_GE(tall.y, 0);
+  EXPECT_LE(static_cast<long long>(tall.y) + tall.height, INT_MAX);
 }
 
 TEST_F(NormalPtzTest, ZoomOneShowsTheWholePicture) {

@@ -239,6 +239,29 @@ TEST_F(RendererBaseOverlay, ScaledFontNeverGoesBelowOnePoint) {
   EXPECT_EQ(1, backend->GetScaledFont(big, "never fits", wxPoint(0, 0)).GetPointSize());
 }
 
+// Found by fuzzing the facade: shrinking a point at a time measured the text once per point,
+// so a host's 60000-point font (or one at an origin outside the tile, which never fits)
+// held the paint for minutes. Sizes at which the text is several times too large are halved
+// instead; the result is still the largest size that fits, within a few dozen measurements.
+TEST_F(RendererBaseOverlay, AHugeFontIsFittedInFewMeasurements) {
+  backend->m_renderClientWidth = 200;
+  backend->m_renderClientHeight = 200;
+  const wxFont huge(wxFontInfo(60000).Family(wxFONTFAMILY_SWISS));
+  ASSERT_EQ(60000, huge.GetPointSize());
+  const wxFont scaled = backend->GetScaledFont(huge, "Ab", wxPoint(0, 0));
+  EXPECT_LT(backend->measureCalls, 200);
+  EXPECT_LE(backend->MeasureText("Ab", scaled).x, 200);
+  EXPECT_LE(backend->MeasureText("Ab", scaled).y, 200);
+  wxFont larger = scaled;
+  larger.SetPointSize(scaled.GetPointSize() + 1);
+  const wxSize largerExtent = backend->MeasureText("Ab", larger);
+  EXPECT_TRUE(largerExtent.x > 200 || largerExtent.y > 200) << scaled.GetPointSize();
+
+  backend->measureCalls = 0;
+  EXPECT_EQ(1, backend->GetScaledFont(huge, "Ab", wxPoint(500, 0)).GetPointSize());
+  EXPECT_LT(backend->measureCalls, 40);
+}
+
 TEST(OsdPositions, MapToAlignmentFlags) {
   const int expected[] = {0, 0, 256, 512, 2048, 2304, 2560, 1024, 1280, 1536, 0};
   for (int position = 0; position <= 10; ++position) {

@@ -9,7 +9,8 @@ extern "C" {
 
 namespace {
 
-AVPixelFormat InputFormat(const AVCodec& codec) {
+AVPixelFormat InputFormat(const AVCodec& codec, const EncoderSettings& settings) {
+  if (settings.pixelFormat != AV_PIX_FMT_NONE) return settings.pixelFormat;
   return codec.id == AV_CODEC_ID_MJPEG ? AV_PIX_FMT_YUVJ420P : AV_PIX_FMT_YUV420P;
 }
 
@@ -85,7 +86,7 @@ bool TestEncoder::Open(const AVCodec& codec, int width, int height, int rate,
   if (!m_context) return false;
   m_context->width = width;
   m_context->height = height;
-  m_context->pix_fmt = InputFormat(codec);
+  m_context->pix_fmt = InputFormat(codec, settings);
   m_context->time_base = AVRational{1, rate};
   m_context->framerate = AVRational{rate, 1};
   m_context->gop_size = 10;

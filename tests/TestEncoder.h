@@ -4,9 +4,10 @@
 // them), converts them to the encoder's input format (full-range YUV for MJPEG, as IP cameras
 // send it, unless the pictures are tagged full range already) and collects the packets. With global
 // headers the codec configuration goes to extradata, as MP4 and Matroska want it; otherwise it
-// travels in-band with every key frame. Settings can tag the stream's colour (the samples pass
-// through as given: the encoder does not convert them), make it lossless, leave out B-frames and
-// add picture hashes. It does not write files (TestMovieWriter does) and does not decode.
+// travels in-band with every key frame. Settings can pick the encoder's input format, tag the
+// stream's colour (the samples pass through as given: the encoder does not convert them), make it
+// lossless, leave out B-frames and add picture hashes. It does not write files (TestMovieWriter
+// does) and does not decode.
 #pragma once
 
 #include <string>
@@ -29,6 +30,8 @@ struct EncoderSettings {
   int pictureHash = 0;    // libx265 only: 1 MD5, 2 CRC, 3 checksum of every picture
   AVColorSpace matrix = AVCOL_SPC_UNSPECIFIED;
   AVColorRange range = AVCOL_RANGE_UNSPECIFIED;
+  // The encoder's input format (4:2:2, 4:4:4, grey, ...); NONE: the codec's usual one.
+  AVPixelFormat pixelFormat = AV_PIX_FMT_NONE;
 };
 
 class TestEncoder {

@@ -7,6 +7,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
+
 namespace {
 
 // Closes a connection when it goes out of scope.
@@ -69,8 +71,8 @@ ListeningSocket::~ListeningSocket() {
   if (m_fd >= 0) close(m_fd);
 }
 
-TestHttpServer::TestHttpServer(std::vector<unsigned char> body)
-    : m_body(std::move(body)), m_thread(&TestHttpServer::Serve, this) {}
+TestHttpServer::TestHttpServer(std::vector<unsigned char> body, HttpReply reply)
+    : m_body(std::move(body)), m_reply(reply), m_thread(&TestHttpServer::Serve, this) {}
 
 TestHttpServer::~TestHttpServer() {
   m_stop = true;
@@ -92,9 +94,25 @@ void TestHttpServer::Serve() {
 
 void TestHttpServer::Answer(int connection) const {
   ReadRequest(connection);
+  if (!m_reply.headers) {
+    HoldSilent(connection);
+    return;
+  }
   const std::string header = "HTTP/1.1 200 OK\r\nContent-Type: video/MP2T\r\nContent-Length: " +
                              std::to_string(m_body.size()) + "\r\nConnection: close\r\n\r\n";
-  if (SendAll(connection, header.data(), header.size())) {
-    SendAll(connection, m_body.data(), m_body.size());
+  const size_t bodyBytes = std::min(m_reply.bodyBytes, m_body.size());
+  if (!SendAll(connection, header.data(), header.size()) ||
+      !SendAll(connection, m_body.data(), bodyBytes)) {
+    return;
+  }
+  if (bodyBytes < m_body.size()) HoldSilent(connection);
+}
+
+void TestHttpServer::HoldSilent(int connection) const {
+  pollfd peer{connection, POLLIN, 0};
+  char buffer[256];
+  while (!m_stop) {
+    // A client that hangs up ends the wait; whatever else it sends is read and ignored.
+    if (poll(&peer, 1, 50) > 0 && recv(connection, buffer, sizeof(buffer), 0) <= 0) return;
   }
 }
