@@ -2,7 +2,7 @@
 #include "PairReporter.h"
 
 PairReporter::PairReporter(PeerOf peerOf, Line line)
-    : m_peerOf(std::move(peerOf)), m_line(std::move(line)) {}
+    : ConsoleReporter(OO_Tabular), m_peerOf(std::move(peerOf)), m_line(std::move(line)) {}
 
 void PairReporter::ReportRuns(const std::vector<Run>& runs) {
   ConsoleReporter::ReportRuns(runs);
