@@ -14,6 +14,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <iterator>
 #include <memory>
 #include <vector>
 
@@ -336,8 +337,12 @@ class Session : public IRendererDrawOverlays {
 
   wxFont Font() {
     if (m_values.Choice(8) == 0) return wxNullFont;
-    const int size = m_values.Choice(4) == 0 ? m_values.Dimension(200)
-                                             : m_values.Provider().ConsumeIntegralInRange(1, 40);
+    // Up to a million points: the toolkit itself asserts on sizes whose pango units
+    // (1024 a point) pass the int range, so no host can make such a font. -1 is its default.
+    constexpr int kHugeSizes[] = {-1, 200, 5000, 60000, 1000000};
+    const int size = m_values.Choice(4) == 0
+                         ? kHugeSizes[m_values.Choice(static_cast<int>(std::size(kHugeSizes)))]
+                         : m_values.Provider().ConsumeIntegralInRange(1, 40);
     const wxFontFamily families[] = {wxFONTFAMILY_DEFAULT, wxFONTFAMILY_SWISS, wxFONTFAMILY_ROMAN,
                                      wxFONTFAMILY_TELETYPE};
     return wxFont(wxFontInfo(size)
