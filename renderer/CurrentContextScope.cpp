@@ -39,3 +39,8 @@ void ReleaseIfCurrentOn(const wxGLCanvas& canvas) {
   if (!window || glXGetCurrentDrawable() != window) return;
   glXMakeContextCurrent(glXGetCurrentDisplay(), None, None, nullptr);
 }
+
+void MakeNoContextCurrent() {
+  Display* display = glXGetCurrentDisplay();
+  if (display) glXMakeContextCurrent(display, None, None, nullptr);
+}

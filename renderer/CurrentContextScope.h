@@ -31,3 +31,6 @@ class CurrentContextScope {
 // must not stay the current drawable, or the window system is later asked about a window that
 // no longer exists (an X error at the next switch of contexts).
 void ReleaseIfCurrentOn(const wxGLCanvas& canvas);
+// Leaves the calling thread with no context current: what a renderer does when its own context
+// cannot be made current, so that its calls reach no other renderer's context.
+void MakeNoContextCurrent();

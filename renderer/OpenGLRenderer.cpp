@@ -17,6 +17,7 @@
 #include "FragmentPrograms.h"
 #include "GLEntryPoints.h"
 #include "GLErrors.h"
+#include "GLFaults.h"
 #include "InternalGLCanvas.h"
 #include "NativeWindow.h"
 #include "OpenGLImage.h"
@@ -33,9 +34,13 @@ bool m_alwaysSetCurrent = false;
 // Live renderers; the shared canvas and context go when it falls back to 0.
 int RendererCount = 0;
 
+// Logs the pending GL error, if any; whether there was one (defined with the frame upload).
+bool LogPendingGLError(const char* function, const char* description);
+
 // Whether the implementation accepts a texture of this size and format, asked through the
-// proxy target so that nothing is allocated.
+// proxy target so that nothing is allocated. A proxy drill refuses every size.
 bool ProxyTextureFits(int internalFormat, int width, int height, unsigned int format) {
+  if (GLFaults::IsSet(GLFault::TextureProxy)) return false;
   glTexImage2D(GL_PROXY_TEXTURE_2D, 0, internalFormat, width, height, 0, format, GL_UNSIGNED_BYTE,
                nullptr);
   GLint accepted = 0;
@@ -313,8 +318,17 @@ OpenGLRenderer::OpenGLRenderer(wxWindow* parent)
       m_hardwareSurface(nullptr),
       m_texturePixelFormat(PIXEL_FORMAT_NONE),
       m_activeOverlayFont(nullptr),
-      m_inOverlayPass(false) {
+      m_inOverlayPass(false),
+      m_makeCurrentFailed(false) {
   ++RendererCount;
+  if (GetIsSupported() && m_parent && !HasGLVisual()) {
+    // The toolkit asserts (a dialog, in a GUI program) when it is asked for a GL canvas on a
+    // display without a GL visual: such a display has no GL at all for this process, and the
+    // facade takes the software back-end.
+    LogVerbose(kSource, "OpenGLRenderer",
+               "OpenGL Information - No OpenGL visual on this display; OpenGL is not supported.");
+    m_isSupported = false;
+  }
   if (GetIsSupported() && m_parent) {
     m_canvas = CreateCanvas();
     static const int init = StaticInit(this);
@@ -352,6 +366,14 @@ OpenGLRenderer::~OpenGLRenderer() {
   }
   delete m_context;
   m_context = nullptr;
+}
+
+// The display is asked once: a GL visual does not come or go while the process runs.
+bool OpenGLRenderer::HasGLVisual() {
+  if (GLFaults::IsSet(GLFault::NoVisual)) return false;
+  static const bool displaySupported =
+      wxGLCanvas::IsDisplaySupported(static_cast<const int*>(nullptr));
+  return displaySupported;
 }
 
 InternalGLCanvas* OpenGLRenderer::CreateCanvas() {
@@ -407,17 +429,33 @@ void OpenGLRenderer::SetCurrent() {
   static InternalGLCanvas* current = nullptr;
   if (!m_canvas) return;
   if (current) {
-    if (!IsContextReady(true)) return;
+    if (!m_canvas->IsShown()) return;
     if (!m_alwaysSetCurrent && m_canvas == current) return;
   }
   current = m_canvas;
-  m_context->SetCurrent(*m_canvas);
+  MakeContextCurrent();
 }
 
-// Without a canvas there is nothing that could be ready.
+// A failed switch leaves the previous context current, which may be another tile's: this
+// renderer's calls would draw into that tile and make or fill textures there. So no context
+// is left current instead (every GL call then does nothing), and until a switch succeeds the
+// renderer lends no frame buffer and draws nothing.
+void OpenGLRenderer::MakeContextCurrent() {
+  const bool failed = GLFaults::IsSet(GLFault::MakeCurrent) || !m_context->SetCurrent(*m_canvas);
+  if (failed) {
+    MakeNoContextCurrent();
+    if (!m_makeCurrentFailed) {
+      LogVerbose(kSource, "SetCurrent", "OpenGL Error - Failed to make the context current");
+    }
+  }
+  m_makeCurrentFailed = failed;
+}
+
+// Without a canvas there is nothing that could be ready; a canvas whose context could not be
+// made current is not ready either, so nothing is drawn or swapped through it.
 bool OpenGLRenderer::IsContextReady(bool check) {
   if (!check) return true;
-  return m_canvas && m_canvas->IsShown();
+  return m_canvas && m_canvas->IsShown() && !m_makeCurrentFailed;
 }
 
 bool OpenGLRenderer::HasContext() { return m_canvas && m_context; }
@@ -477,10 +515,12 @@ void OpenGLRenderer::EnableVSync(bool enable) {
 
 // ---- Draw bracket ----------------------------------------------------------------------------
 
-// Nothing is drawn into a hidden canvas, and GL is set up only once it is first shown.
+// Nothing is drawn into a hidden canvas, and GL is set up only once it is first shown. A context
+// that failed to be made current is tried again here, and nothing is drawn while it fails.
 void OpenGLRenderer::OnBeforeDraw(wxDC*) {
-  if (!IsContextReady(true)) return;
+  if (!m_canvas || !m_canvas->IsShown()) return;
   SetCurrent();
+  if (m_makeCurrentFailed) return;
   if (!m_isGLInitialized) {
     InitGL();
     m_isGLInitialized = true;
@@ -492,10 +532,16 @@ void OpenGLRenderer::OnBeforeDraw(wxDC*) {
   ClearToParentBackground();
 }
 
-void OpenGLRenderer::OnAfterDraw(wxDC*) { SwapBuffers(); }
+// A paint that raised a GL error says so in the log (and goes on: the next paint starts afresh).
+void OpenGLRenderer::OnAfterDraw(wxDC*) {
+  if (IsContextReady(true)) LogPendingGLError("OnAfterDraw", "Failed to draw the frame");
+  SwapBuffers();
+}
 
+// Swapping a window that no context of this process was made current on is an X error, which
+// the toolkit takes as fatal.
 void OpenGLRenderer::SwapBuffers() {
-  if (!m_canvas || !m_canvas->IsShown()) return;
+  if (!m_canvas || !m_canvas->IsShown() || m_makeCurrentFailed) return;
   if (m_isDoubleBuffered) {
     m_canvas->SwapBuffers();
   } else {
@@ -648,7 +694,9 @@ class BoundUnpackBuffer {
   BoundUnpackBuffer(const BoundUnpackBuffer&) = delete;
   BoundUnpackBuffer& operator=(const BoundUnpackBuffer&) = delete;
 
+  // A mapping drill gets nothing, as from a driver out of mappable memory.
   unsigned char* MapWriteOnly() const {
+    if (GLFaults::IsSet(GLFault::PixelBufferMap)) return nullptr;
     return static_cast<unsigned char*>(m_gl.MapBuffer(GL_PIXEL_UNPACK_BUFFER, GL_WRITE_ONLY));
   }
   void Unmap() const { m_gl.UnmapBuffer(GL_PIXEL_UNPACK_BUFFER); }
@@ -886,8 +934,9 @@ bool OpenGLRenderer::GetFrameBuffer(int width, int height, int format, unsigned 
   if (!CanLayOut(width, height, format)) return false;
   // The textures are this renderer's: made and filled in its own context. Another tile's
   // context shares the names, but Mesa's rasteriser crashes drawing a texture that a second
-  // context re-specified or filled meanwhile.
+  // context re-specified or filled meanwhile. Without the context no buffer is lent at all.
   SetCurrent();
+  if (m_makeCurrentFailed) return false;
   if (!RendererBase::GetFrameBuffer(width, height, format, planes, pitches)) return false;
   // Three bytes, not three entries, as this renderer has always cleared them; the base has
   // zeroed every entry already and every entry that matters is written below.
@@ -959,13 +1008,23 @@ bool OpenGLRenderer::FlushFrameBuffer(unsigned char** planes, int* pitches) {
     }
   }
   if (m_pixelFormat == PIXEL_FORMAT_YV12) std::swap(planes[1], planes[2]);
+  DrainGLErrors();  // an upload answers only for its own errors
   if (m_pixelBuffers.empty()) {
     UploadFromClientMemory(planes);
   } else {
     UploadFromPixelBuffers();
   }
   glFlush();
+  if (UploadFailed()) return false;
   return RendererBase::FlushFrameBuffer(planes, pitches);
+}
+
+// A frame whose upload raised a GL error is not taken: the textures may hold nothing or half a
+// picture, and the facade falls back to software rather than show it. An upload drill raises
+// a real error here (an unpack alignment of 3 is GL_INVALID_VALUE).
+bool OpenGLRenderer::UploadFailed() {
+  if (GLFaults::IsSet(GLFault::ErrorAfterUpload)) glPixelStorei(GL_UNPACK_ALIGNMENT, 3);
+  return LogPendingGLError("FlushFrameBuffer", "Failed to upload the frame");
 }
 
 void OpenGLRenderer::UploadPlane(unsigned int texture, int width, int height, unsigned int format,
@@ -1063,6 +1122,12 @@ bool OpenGLRenderer::LoadShader(const char* text, int length) {
   }
   PendingName program(name, gl.DeleteProgramsARB);
   gl.BindProgramARB(GL_FRAGMENT_PROGRAM_ARB, name);
+  if (GLFaults::IsSet(GLFault::ProgramCompile)) {
+    // A compile drill hands the driver a program it must reject, so the failure is GL's own.
+    static const char kBroken[] = "!!ARBfp1.0\nNOT_AN_INSTRUCTION result.color;\nEND\n";
+    text = kBroken;
+    length = static_cast<int>(sizeof(kBroken) - 1);
+  }
   gl.ProgramStringARB(GL_FRAGMENT_PROGRAM_ARB, GL_PROGRAM_FORMAT_ASCII_ARB, length, text);
   if (LogPendingGLError("LoadShader", "Failed to create shader")) return false;
   gl.BindProgramARB(GL_FRAGMENT_PROGRAM_ARB, 0);

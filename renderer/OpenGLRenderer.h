@@ -82,7 +82,8 @@ class OpenGLRenderer : public wxEvtHandler, public RendererBase {
 
   // Makes this renderer's context current on its canvas; a hidden canvas is never made current.
   void SetCurrent();
-  // With `check`, whether the canvas is shown; without, always true.
+  // With `check`, whether the canvas is shown and its context could be made current; without,
+  // always true.
   bool IsContextReady(bool check);
   bool HasContext();
   // Runs `release` with this renderer's context current on its canvas, shown or not, and makes
@@ -272,12 +273,19 @@ class OpenGLRenderer : public wxEvtHandler, public RendererBase {
   // Fonts used in this renderer's overlay passes, and the one inside its Begin/End bracket.
   std::vector<FontReference*> m_overlayFonts;
   wxGLFont* m_activeOverlayFont;
-  bool m_inOverlayPass;  // between the start and the end of DrawOverlays' host callback
+  bool m_inOverlayPass;      // between the start and the end of DrawOverlays' host callback
+  bool m_makeCurrentFailed;  // the last attempt to make the context current failed
 
  private:
   // Appends the capability lines for the flags and the given driver strings.
   static void AppendCapabilities(const wxString& vendor, const wxString& renderer,
                                  const wxString& version);
+  // Whether the display offers a GL visual for a canvas with the toolkit's default attributes.
+  static bool HasGLVisual();
+  // Makes the context current on the canvas, or, when that fails, no context at all.
+  void MakeContextCurrent();
+  // Whether the upload just made left a GL error behind (logged).
+  bool UploadFailed();
   // Sets the GL colour; false (and nothing set) for an invalid colour.
   static bool SetColour(const wxColour& colour);
   // Sets the pitches of the current format's planes for the texture size.

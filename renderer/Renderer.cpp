@@ -330,7 +330,15 @@ bool Renderer::CopyThroughFrameBuffer(CDecompressor& decoder, int width, int hei
   if (!GetFrameBuffer(width, height, format, planes, pitches)) return false;
   decoder.GetImage(planes, pitches, format, width, height, srcRect.x, srcRect.y, srcRect.width,
                    srcRect.height, ptz);
-  return FlushFrameBuffer(planes, pitches);
+  if (FlushFrameBuffer(planes, pitches)) return true;
+  // A back-end that lent its buffer but could not take the frame back (the GL upload raised an
+  // error) would go on showing a stale or broken picture for as long as the frame parameters
+  // stay: like a refused buffer, it hands the next frames to software.
+  LogVerbose(kSource, "CopyFrame",
+             "Renderer Information - Call to FlushFrameBuffer failed. Switching to software "
+             "mode...");
+  SoftwareFallback(true);
+  return false;
 }
 
 bool Renderer::GetFrameBuffer(int width, int height, int format, unsigned char** planes,

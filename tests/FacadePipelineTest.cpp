@@ -2,6 +2,8 @@
 // back, the fallback state and the log), the software-scaling threshold, truncation to even,
 // the three roads of CopyFrame with their calls and arguments, re-entry, and the fallback's
 // own entry points.
+#include <functional>
+
 #include <wx/dcmemory.h>
 
 #include <renderer/NativeRenderer.h>
@@ -76,6 +78,24 @@ class Pipeline : public FacadeTest {
   }
 
   bool SlowPathFlag() { return facade->m_renderer->GetNormalPtz()->slowPath; }
+
+  // After `fail` has set the primary up to fail, the frame is not delivered, `line` is logged
+  // once and the facade is in software; the next frame, of the same parameters, is delivered
+  // there.
+  void ExpectFailedFrameThenSoftware(RecordingDecoder& decoder, const std::function<void()>& fail,
+                                     const std::string& line) {
+    Negotiated n = Negotiate(320, 240, PIXEL_FORMAT_I420, &decoder);
+    fail();
+    LogCapture log;
+    EXPECT_FALSE(facade->CopyFrame(decoder, n.width, n.height, n.format, n.source, nullptr));
+    EXPECT_TRUE(facade->IsInSoftwareFallback());
+    EXPECT_EQ(1, log.Count(line));
+
+    n = Negotiate(320, 240, PIXEL_FORMAT_I420, &decoder);
+    EXPECT_TRUE(n.inFallback);
+    EXPECT_TRUE(OnSoftware());
+    EXPECT_TRUE(facade->CopyFrame(decoder, n.width, n.height, n.format, n.source, nullptr));
+  }
   bool OnSoftware() { return dynamic_cast<NativeRenderer*>(facade->m_renderer) != nullptr; }
 
   TestRenderer* facade = nullptr;
@@ -254,19 +274,21 @@ TEST_F(Pipeline, RequestedSoftwareNeverSwitchesToHardware) {
 
 TEST_F(Pipeline, SecondNegotiationAfterAFailedFrameBufferKeepsSoftware) {
   RecordingDecoder decoder;
-  Negotiated n = Negotiate(320, 240, PIXEL_FORMAT_I420, &decoder);
-  primary->failFrameBuffer = true;
-  LogCapture log;
-  EXPECT_FALSE(facade->CopyFrame(decoder, n.width, n.height, n.format, n.source, nullptr));
-  EXPECT_TRUE(facade->IsInSoftwareFallback());
-  EXPECT_EQ(1, log.Count(kFrameBufferFailed));
-  EXPECT_TRUE(decoder.images.empty()) << "the frame is dropped";
+  ExpectFailedFrameThenSoftware(
+      decoder, [this] { primary->failFrameBuffer = true; }, kFrameBufferFailed);
+  EXPECT_EQ(1u, decoder.images.size()) << "the failed frame was dropped before decoding";
+}
 
-  n = Negotiate(320, 240, PIXEL_FORMAT_I420, &decoder);
-  EXPECT_TRUE(n.inFallback);
-  EXPECT_TRUE(OnSoftware());
-  EXPECT_TRUE(facade->CopyFrame(decoder, n.width, n.height, n.format, n.source, nullptr));
-  EXPECT_EQ(1u, decoder.images.size());
+// A back-end that cannot take the filled buffer back (a GL upload that raised an error) would
+// show a stale picture: the facade goes to software as after a refused buffer, and stays there
+// while the frame parameters do.
+TEST_F(Pipeline, AFailedFlushSwitchesToSoftwareForTheNextFrames) {
+  RecordingDecoder decoder;
+  ExpectFailedFrameThenSoftware(
+      decoder, [this] { primary->failFlush = true; },
+      "Renderer Information - Call to FlushFrameBuffer failed. Switching to software mode...");
+  EXPECT_FALSE(primary->HasFrame());
+  EXPECT_EQ(1, primary->flushes) << "the software back-end took the second frame";
 }
 
 TEST_F(Pipeline, FailedFrameBufferOfZeroSizeOnlyReturnsFalse) {

@@ -75,6 +75,7 @@ class PipelineBackend : public TestBackend {
   bool hardwareDecomp = false;
   bool beginResult = false;
   bool failFrameBuffer = false;
+  bool failFlush = false;
   bool takesVideoOutput = false;
   wxSize largest{100000, 100000};  // frames beyond this are refused by IsModeSupported
 
@@ -113,6 +114,7 @@ class PipelineBackend : public TestBackend {
   bool FlushFrameBuffer(unsigned char** planes, int* pitches) override {
     calls.push_back("FlushFrameBuffer");
     ++flushes;
+    if (failFlush) return false;
     return TestBackend::FlushFrameBuffer(planes, pitches);
   }
 

@@ -7,9 +7,10 @@ constexpr std::chrono::seconds kStallLimit{5};
 
 }  // namespace
 
-TileFeed::TileFeed(std::unique_ptr<IPacketSource> source)
+TileFeed::TileFeed(std::unique_ptr<IPacketSource> source, HandOver handOver)
     : m_source(std::move(source)),
       m_location(m_source->Location()),
+      m_handOver(handOver),
       m_thread(&TileFeed::Run, this) {}
 
 TileFeed::~TileFeed() {
@@ -26,10 +27,17 @@ void TileFeed::RequestStop() {
 }
 
 bool TileFeed::TakePicture(const PictureTaker& copy) {
-  const std::unique_lock<std::mutex> guard(m_decoderLock, std::try_to_lock);
-  if (!guard.owns_lock() || !m_fresh) return false;
-  m_fresh = false;
-  copy(m_decoder, static_cast<double>(m_decoder.GetPts()) * m_secondsPerTick);
+  {
+    const std::unique_lock<std::mutex> guard(m_decoderLock, std::try_to_lock);
+    if (!guard.owns_lock() || !m_fresh) return false;
+    m_fresh = false;
+    copy(m_decoder, static_cast<double>(m_decoder.GetPts()) * m_secondsPerTick);
+  }
+  if (m_handOver == HandOver::Lockstep) {
+    // Taken under the wait's lock, so a worker about to wait cannot miss the news.
+    { const std::lock_guard<std::mutex> wake(m_wakeLock); }
+    m_wake.notify_all();
+  }
   return true;
 }
 
@@ -60,8 +68,10 @@ void TileFeed::Play() {
   while (!IsStopping() && !IsStalled()) {
     if (m_source->ReadPacket(packet) != DECOMP_OK) return;
     const auto now = std::chrono::steady_clock::now();
-    if (m_source->IsPaced() && !SleepUntil(m_pacer.DueTime(packet.pts, now))) return;
+    const bool paced = m_source->IsPaced() && m_handOver == HandOver::Latest;
+    if (paced && !SleepUntil(m_pacer.DueTime(packet.pts, now))) return;
     Decode(packet);
+    if (m_handOver == HandOver::Lockstep && !WaitUntilTaken()) return;
   }
 }
 
@@ -82,6 +92,14 @@ void TileFeed::Decode(const MediaPacket_t& packet) {
 
 bool TileFeed::IsStalled() const {
   return std::chrono::steady_clock::now() - m_lastPicture > kStallLimit;
+}
+
+// The time spent waiting is the GUI's, not the source's: it does not count towards a stall.
+bool TileFeed::WaitUntilTaken() {
+  std::unique_lock<std::mutex> guard(m_wakeLock);
+  m_wake.wait(guard, [this] { return IsStopping() || !m_fresh; });
+  m_lastPicture = std::chrono::steady_clock::now();
+  return !IsStopping();
 }
 
 bool TileFeed::SleepUntil(std::chrono::steady_clock::time_point due) {

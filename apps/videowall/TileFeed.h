@@ -9,7 +9,9 @@
 // open, end of a live stream, a read error, or no picture for five seconds) turns the state
 // to NoSignal; the worker then tries again after 1, 2, 4 ... 30 s, and playing again resets
 // the wait. Stopping wakes every wait at once; a read in progress ends within the source's
-// timeout. It draws nothing and calls no toolkit function.
+// timeout. In lockstep (the wall's soak run) the worker decodes the next picture only once the
+// GUI has taken the last, as fast as the GUI takes them, and no picture is dropped. It draws
+// nothing and calls no toolkit function.
 #pragma once
 
 #include <atomic>
@@ -27,13 +29,18 @@
 
 enum class FeedState { Connecting, Playing, NoSignal };
 
+enum class HandOver {
+  Latest,    // pictures at the source's own pace; one the GUI has not taken in time is dropped
+  Lockstep,  // the next picture is decoded once the GUI has taken the last, without pacing
+};
+
 class TileFeed {
  public:
   // Runs `copy` with the decoder and the picture's time in seconds of the stream.
   using PictureTaker = std::function<void(CDecompressor& decoder, double pictureSeconds)>;
 
   // Starts the worker at once.
-  explicit TileFeed(std::unique_ptr<IPacketSource> source);
+  explicit TileFeed(std::unique_ptr<IPacketSource> source, HandOver handOver = HandOver::Latest);
   // Stops and joins the worker.
   ~TileFeed();
   TileFeed(const TileFeed&) = delete;
@@ -58,6 +65,8 @@ class TileFeed {
   void Play();
   void Decode(const MediaPacket_t& packet);
   bool IsStalled() const;
+  // Lockstep: waits until the GUI has taken the latest picture; false when the feed is stopping.
+  bool WaitUntilTaken();
   // Waits until `due`; false when the feed is stopping.
   bool SleepUntil(std::chrono::steady_clock::time_point due);
   bool IsStopping() const { return m_stopping; }
@@ -65,13 +74,14 @@ class TileFeed {
 
   std::unique_ptr<IPacketSource> m_source;
   const std::string m_location;
+  const HandOver m_handOver;
   PacketPacer m_pacer;
   ReconnectBackoff m_backoff;
   std::chrono::steady_clock::time_point m_lastPicture;
 
-  std::mutex m_decoderLock;  // guards m_decoder, m_fresh and m_secondsPerTick
+  std::mutex m_decoderLock;  // guards m_decoder and m_secondsPerTick, and every change of m_fresh
   CDecompressor m_decoder;
-  bool m_fresh = false;
+  std::atomic<bool> m_fresh{false};  // read without the lock by a worker waiting in lockstep
   double m_secondsPerTick = 0;
 
   // A FeedState, held as an int: GCC 12's ThreadSanitizer build reads a std::atomic of an enum

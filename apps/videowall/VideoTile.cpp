@@ -14,13 +14,15 @@ constexpr float kWheelStep = 1.25f;
 }  // namespace
 
 VideoTile::VideoTile(wxWindow* parent, const wxString& name, RenderMode mode,
-                     std::unique_ptr<IPacketSource> source, ITileListener* listener)
+                     std::unique_ptr<IPacketSource> source, ITileListener* listener,
+                     HandOver handOver)
     : RendererPanel(name, parent, mode),
       m_name(name),
       m_listener(listener),
       m_logo(GetRenderer()->CreateImage(TileOverlayPainter::MakeLogo())),
       m_ptz(kMaxZoom),
-      m_feed(std::make_unique<TileFeed>(std::move(source))) {
+      m_handOver(handOver),
+      m_feed(std::make_unique<TileFeed>(std::move(source), handOver)) {
   SetBackgroundColour(*wxBLACK);
   SetMinSize(wxSize(64, 36));
   GetRenderer()->SetDrawOverlaysHandler(this);
@@ -38,6 +40,13 @@ VideoTile::VideoTile(wxWindow* parent, const wxString& name, RenderMode mode,
 VideoTile::~VideoTile() {
   m_feed.reset();
   GetRenderer()->GetPtzType().Set(nullptr);
+}
+
+// The old worker is joined before the new one starts, so the two never share the tile.
+void VideoTile::ReplaceSource(std::unique_ptr<IPacketSource> source) {
+  m_feed.reset();
+  m_feed = std::make_unique<TileFeed>(std::move(source), m_handOver);
+  Repaint();
 }
 
 bool VideoTile::ShowNewPicture() {
@@ -103,6 +112,16 @@ void VideoTile::SetSelected(bool selected) {
   Repaint();
 }
 
+void VideoTile::ZoomAt(float u, float v, float factor) {
+  m_ptz.ZoomAt(u, v, factor);
+  ApplyPtz();
+}
+
+void VideoTile::PanBy(float du, float dv) {
+  m_ptz.PanBy(du, dv);
+  ApplyPtz();
+}
+
 void VideoTile::ResetPtz() {
   m_ptz.Reset();
   ApplyPtz();
@@ -153,8 +172,7 @@ wxRealPoint VideoTile::PicturePoint(const wxPoint& position) const {
 void VideoTile::OnWheel(wxMouseEvent& event) {
   const wxRealPoint at = PicturePoint(event.GetPosition());
   const float step = event.GetWheelRotation() > 0 ? kWheelStep : 1.0f / kWheelStep;
-  m_ptz.ZoomAt(static_cast<float>(at.x), static_cast<float>(at.y), step);
-  ApplyPtz();
+  ZoomAt(static_cast<float>(at.x), static_cast<float>(at.y), step);
 }
 
 void VideoTile::OnLeftDown(wxMouseEvent& event) {
@@ -167,9 +185,7 @@ void VideoTile::OnMotion(wxMouseEvent& event) {
   const wxRect picture = PictureRect();
   const wxPoint moved = event.GetPosition() - m_dragFrom;
   m_dragFrom = event.GetPosition();
-  m_ptz.PanBy(static_cast<float>(moved.x) / picture.width,
-              static_cast<float>(moved.y) / picture.height);
-  ApplyPtz();
+  PanBy(static_cast<float>(moved.x) / picture.width, static_cast<float>(moved.y) / picture.height);
 }
 
 void VideoTile::OnRightDown(wxMouseEvent&) { ResetPtz(); }

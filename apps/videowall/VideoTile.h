@@ -26,11 +26,15 @@
 class VideoTile : public RendererPanel, public IRendererDrawOverlays {
  public:
   VideoTile(wxWindow* parent, const wxString& name, RenderMode mode,
-            std::unique_ptr<IPacketSource> source, ITileListener* listener);
+            std::unique_ptr<IPacketSource> source, ITileListener* listener,
+            HandOver handOver = HandOver::Latest);
   ~VideoTile() override;
 
   // Lets the worker begin to stop; the destructor joins it.
   void RequestStop() { m_feed->RequestStop(); }
+  // Stops and joins the worker and starts a new one on `source`; the last picture stays until
+  // the new source delivers.
+  void ReplaceSource(std::unique_ptr<IPacketSource> source);
 
   // GUI tick: takes and paints a new picture; whether there was one.
   bool ShowNewPicture();
@@ -46,6 +50,10 @@ class VideoTile : public RendererPanel, public IRendererDrawOverlays {
   // OSD position of the camera name, 1 (top left) to 9 (bottom right).
   void SetNamePosition(int position);
   void SetSelected(bool selected);
+  // Digital PTZ as the wheel and a drag give it: zoom by `factor` about the point at (u, v) of
+  // the view (each 0 to 1), and move the view by a drag of (du, dv) view sizes.
+  void ZoomAt(float u, float v, float factor);
+  void PanBy(float du, float dv);
   void ResetPtz();
 
   FeedState State() const { return m_feed->State(); }
@@ -89,5 +97,6 @@ class VideoTile : public RendererPanel, public IRendererDrawOverlays {
   long long m_painted = 0;
   RateMeter m_receivedRate;
   RateMeter m_paintedRate;
+  HandOver m_handOver;
   std::unique_ptr<TileFeed> m_feed;
 };

@@ -9,6 +9,7 @@
 #include <wx/sizer.h>
 #include <wx/statusbr.h>
 
+#include "OfflinePacketSource.h"
 #include "RendererInfoWindow.h"
 #include "ScreenCapture.h"
 #include "WallPictureCheck.h"
@@ -16,6 +17,8 @@
 namespace {
 
 constexpr int kTickMs = 10;
+// The soak's tick leaves the toolkit just a moment for its own painting and idle work.
+constexpr int kSoakTickMs = 1;
 constexpr int kGap = 2;
 constexpr unsigned char kOpacities[] = {255, 192, 128, 64};
 constexpr PictureShapeRule kPictureShapeRules[] = {
@@ -49,13 +52,15 @@ WallFrame::WallFrame(const WallOptions& options, int* exitCode)
     : wxFrame(nullptr, wxID_ANY, "Video wall", options.geometry.GetPosition(),
               options.geometry.GetSize()),
       m_options(options),
-      m_sources(options.sources),
+      m_sources(options.sources,
+                options.soakFrames > 0 ? SyntheticCameras::Small : SyntheticCameras::Wall),
       m_exitCode(exitCode),
       m_layout(options.layout),
       m_renderMode(options.renderMode),
       m_namePosition(options.namePosition),
       m_grid(new wxPanel(this)),
-      m_screenshotPending(!options.screenshot.empty()) {
+      m_screenshotPending(!options.screenshot.empty()),
+      m_soak(options.soakFrames > 0 ? std::make_unique<SoakRun>(options) : nullptr) {
   const auto wait = std::chrono::seconds(15) + std::chrono::milliseconds(options.frames * 80);
   m_screenshotDeadline = std::chrono::steady_clock::now() + wait;
   m_grid->SetBackgroundColour(wxColour(30, 30, 30));
@@ -127,8 +132,9 @@ wxMenu* WallFrame::MakeRenderMenu() {
 
 void WallFrame::CreateTiles() {
   for (int i = 0; i < m_layout.TileCount(); ++i) {
-    auto* tile = new VideoTile(m_grid, wxString::Format("Camera %d", i + 1), m_renderMode,
-                               m_sources.Make(i), this);
+    auto* tile =
+        new VideoTile(m_grid, wxString::Format("Camera %d", i + 1), m_renderMode, m_sources.Make(i),
+                      this, m_soak ? HandOver::Lockstep : HandOver::Latest);
     ApplyPictureShapeRule(m_aspect, *tile->GetRenderer());
     tile->GetRenderer()->SetOpacity(m_opacity);
     tile->SetOverlaysShown(m_overlaysShown);
@@ -147,7 +153,10 @@ void WallFrame::DestroyTiles() {
   m_solo = nullptr;
   m_selected = nullptr;
   m_grid->SetSizer(nullptr);
-  for (VideoTile* tile : m_tiles) tile->Destroy();
+  for (VideoTile* tile : m_tiles) {
+    m_paintedByGoneTiles += tile->Painted();
+    tile->Destroy();
+  }
   m_tiles.clear();
 }
 
@@ -209,6 +218,23 @@ void WallFrame::ToggleSolo(VideoTile* tile) {
   ArrangeTiles();
 }
 
+void WallFrame::SetTileShown(VideoTile* tile, bool shown) {
+  tile->Show(shown);
+  m_grid->Layout();
+}
+
+void WallFrame::KillSource(size_t index) {
+  if (index < m_tiles.size()) {
+    m_tiles[index]->ReplaceSource(std::make_unique<OfflinePacketSource>());
+  }
+}
+
+void WallFrame::RestoreSource(size_t index) {
+  if (index < m_tiles.size()) {
+    m_tiles[index]->ReplaceSource(m_sources.Make(static_cast<int>(index)));
+  }
+}
+
 void WallFrame::OnTileSelected(VideoTile* tile) {
   if (m_selected) m_selected->SetSelected(false);
   m_selected = tile;
@@ -222,8 +248,13 @@ void WallFrame::OnTileDoubleClicked(VideoTile* tile) {
 // Re-armed after the work rather than periodic, so that a wall too big for the machine still
 // leaves the toolkit a pause for its own painting (menus, status bar) between ticks.
 void WallFrame::OnFrameTick(wxTimerEvent&) {
+  if (m_soak) m_soak->BeforeFrame(*this);
   for (VideoTile* tile : m_tiles) tile->ShowNewPicture();
-  m_frameTimer.StartOnce(kTickMs);
+  if (m_soak && m_soak->AfterFrame()) {
+    FinishSoak();
+    return;
+  }
+  m_frameTimer.StartOnce(m_soak ? kSoakTickMs : kTickMs);
   if (m_screenshotPending && IsReadyForScreenshot()) {
     m_screenshotPending = false;
     m_captureTimer.StartOnce(300);  // lets the last paints reach the screen
@@ -232,18 +263,22 @@ void WallFrame::OnFrameTick(wxTimerEvent&) {
 
 void WallFrame::OnStatusTick(wxTimerEvent&) {
   const auto now = std::chrono::steady_clock::now();
-  long long painted = 0;
   for (VideoTile* tile : m_tiles) {
     tile->SampleRates(now);
-    painted += tile->Painted();
     if (tile->State() != FeedState::Playing && tile->IsShownOnScreen()) tile->Repaint();
   }
-  m_paintedRate.Sample(painted, now);
+  m_paintedRate.Sample(PicturesPainted(), now);
   m_cpuPercent = m_cpu.Sample();
   const wxString status = StatusText();
   int field = 0;
   for (const wxString& text : wxSplit(status, '|'))
     SetStatusText(text.Strip(wxString::both), field++);
+}
+
+long long WallFrame::PicturesPainted() const {
+  long long painted = m_paintedByGoneTiles;
+  for (const VideoTile* tile : m_tiles) painted += tile->Painted();
+  return painted;
 }
 
 wxString WallFrame::StatusText() const {
@@ -305,6 +340,17 @@ bool WallFrame::IsReadyForScreenshot() const {
     if (tile->IsShown() && tile->Painted() < m_options.frames) return false;
   }
   return true;
+}
+
+void WallFrame::FinishSoak() {
+  wxString report;
+  const bool shown = CheckPictures(CaptureWall(), report);
+  m_soak->SetPicturesChecked(shown, report);
+  const bool passed = m_soak->Passed();
+  std::printf("%s\n", m_soak->Summary(PicturesPainted()).utf8_str().data());
+  std::fflush(stdout);
+  if (m_exitCode) *m_exitCode = passed ? 0 : 1;
+  Close();
 }
 
 void WallFrame::OnCaptureTick(wxTimerEvent&) {

@@ -1,7 +1,8 @@
 // WallFrame: the video wall's main window: a grid of VideoTiles, the menus (layout, render
 // mode, aspect ratio, overlays, opacity, PTZ reset, full screen, renderer information), the
-// status bar, the GUI tick that hands new pictures to the tiles, and the headless screenshot
-// run with its optional self-check.
+// status bar, the GUI tick that hands new pictures to the tiles, the headless screenshot run
+// with its optional self-check, and the soak run (SoakRun), which ticks as fast as the tiles
+// paint and ends the program with its verdict.
 //
 // Everything here runs on the GUI thread and never waits for a source: tiles take pictures
 // only when their worker has one ready. Closing the window asks every worker to stop at once
@@ -9,6 +10,7 @@
 #pragma once
 
 #include <chrono>
+#include <memory>
 #include <vector>
 
 #include <wx/frame.h>
@@ -17,6 +19,7 @@
 #include "ITileListener.h"
 #include "ProcessCpuMeter.h"
 #include "RateMeter.h"
+#include "SoakRun.h"
 #include "SourceFactory.h"
 #include "VideoTile.h"
 #include "WallOptions.h"
@@ -26,13 +29,15 @@ class wxPanel;
 class WallFrame : public wxFrame, public ITileListener {
  public:
   // With a screenshot file in `options` the wall plays, captures, (checks,) and closes itself,
-  // leaving 0 or 1 in `exitCode` (which must outlive the frame; null ignores it).
+  // leaving 0 or 1 in `exitCode` (which must outlive the frame; null ignores it); so does a
+  // soak run, after its frames.
   WallFrame(const WallOptions& options, int* exitCode = nullptr);
   ~WallFrame() override;
 
   const std::vector<VideoTile*>& Tiles() const { return m_tiles; }
   VideoTile* SoloTile() const { return m_solo; }
   VideoTile* SelectedTile() const { return m_selected; }
+  const WallLayout& GetWallLayout() const { return m_layout; }
 
   // The operations behind the menus, also for tests.
   void SetLayout(const WallLayout& layout);
@@ -43,6 +48,12 @@ class WallFrame : public wxFrame, public ITileListener {
   void SetNamePosition(int position);
   // Shows `tile` alone, or the whole grid again when it already is alone.
   void ToggleSolo(VideoTile* tile);
+  // Hides or shows one tile in the grid.
+  void SetTileShown(VideoTile* tile, bool shown);
+  // The camera of tile `index` goes offline (the tile shows "No signal"), or comes back as the
+  // source the wall gave it first.
+  void KillSource(size_t index);
+  void RestoreSource(size_t index);
 
   // What the screen shows of the whole window now.
   wxImage CaptureWall();
@@ -75,6 +86,9 @@ class WallFrame : public wxFrame, public ITileListener {
 
   bool IsReadyForScreenshot() const;
   void TakeScreenshot();
+  void FinishSoak();
+  // Pictures painted by every tile the wall has had.
+  long long PicturesPainted() const;
 
   WallOptions m_options;
   SourceFactory m_sources;
@@ -94,9 +108,11 @@ class WallFrame : public wxFrame, public ITileListener {
   wxTimer m_frameTimer;
   wxTimer m_statusTimer;
   wxTimer m_captureTimer;
+  long long m_paintedByGoneTiles = 0;
   ProcessCpuMeter m_cpu;
   RateMeter m_paintedRate;
   double m_cpuPercent = 0;
   bool m_screenshotPending;
   std::chrono::steady_clock::time_point m_screenshotDeadline;
+  std::unique_ptr<SoakRun> m_soak;  // null unless this is a soak run
 };

@@ -20,6 +20,12 @@ void WallOptions::Describe(wxCmdLineParser& parser) {
   parser.AddOption("", "frames", "frames every tile paints before the screenshot (default 30)",
                    wxCMD_LINE_VAL_NUMBER);
   parser.AddSwitch("", "self-check", "with --screenshot: check every tile shows its camera");
+  parser.AddOption("", "soak",
+                   "run this many wall frames of 4x4 small cameras as fast as they paint, under a "
+                   "random operator, then exit with the verdict",
+                   wxCMD_LINE_VAL_NUMBER);
+  parser.AddOption("", "seed", "the soak's random operator starts from this number (default 1)",
+                   wxCMD_LINE_VAL_NUMBER);
 }
 
 bool WallOptions::Read(const wxCmdLineParser& parser, WallOptions& options, wxString& error) {
@@ -50,10 +56,30 @@ bool WallOptions::Read(const wxCmdLineParser& parser, WallOptions& options, wxSt
   parser.Found("frames", &options.frames);
   options.frames = std::max(1L, options.frames);
   options.selfCheck = parser.Found("self-check");
+  if (!ReadSoak(parser, options, error)) return false;
   if (parser.Found("sources", &value) && !ReadSourcesFile(value, options.sources)) {
     error = "cannot read " + value;
     return false;
   }
+  return true;
+}
+
+// A soak run is always the 4x4 wall; without a geometry of its own it is a small window, so the
+// sixteen tiles paint quickly.
+bool WallOptions::ReadSoak(const wxCmdLineParser& parser, WallOptions& options, wxString& error) {
+  long seed = static_cast<long>(options.seed);
+  if (parser.Found("seed", &seed) && seed < 0) {
+    error = "the seed is a number from 0 up";
+    return false;
+  }
+  options.seed = static_cast<unsigned long>(seed);
+  if (!parser.Found("soak", &options.soakFrames)) return true;
+  if (options.soakFrames < 1) {
+    error = "a soak runs at least one frame";
+    return false;
+  }
+  WallLayout::FromName("4x4", options.layout);
+  if (!parser.Found("geometry")) options.geometry.SetSize(wxSize(kSoakWidth, kSoakHeight));
   return true;
 }
 

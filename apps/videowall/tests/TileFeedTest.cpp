@@ -66,6 +66,24 @@ TEST(TileFeedTest, DecodesTheSyntheticCameraAndHandsEachPictureOverOnce) {
   EXPECT_GE(feed.Received(), 2);
 }
 
+// In lockstep (the soak run) the worker waits for the GUI: every picture decoded is handed
+// over, in order, none is dropped, and none is decoded ahead while the last waits.
+TEST(TileFeedTest, InLockstepEveryPictureIsHandedOverAndNoneDecodedAhead) {
+  TileFeed feed(std::make_unique<SyntheticPacketSource>(320, 240, 0), HandOver::Lockstep);
+  std::vector<double> times;
+  const auto take = [&](CDecompressor&, double seconds) { times.push_back(seconds); };
+  for (int picture = 0; picture < 60; ++picture) {
+    ASSERT_TRUE(WaitFor([&] { return feed.TakePicture(take); }, 10s)) << "picture " << picture;
+  }
+  ASSERT_TRUE(WaitFor([&] { return feed.Received() == 61; }, 10s));
+  std::this_thread::sleep_for(200ms);
+  EXPECT_EQ(61, feed.Received()) << "the next picture waits until this one is taken";
+  EXPECT_EQ(0, feed.Dropped());
+  for (size_t i = 1; i < times.size(); ++i) {
+    EXPECT_NEAR(0.04, times[i] - times[i - 1], 1e-6) << "picture " << i << " follows the last";
+  }
+}
+
 TEST(TileFeedTest, PicturesTheGuiDoesNotTakeAreDroppedNotQueued) {
   TileFeed feed(std::make_unique<SyntheticPacketSource>(320, 240, 0));
   ASSERT_TRUE(WaitFor([&] { return feed.Received() >= 5; }, 10s));

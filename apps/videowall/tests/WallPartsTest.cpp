@@ -1,5 +1,5 @@
-// The wall's plain parts: layouts, reconnect waits, PTZ gestures, packet pacing, rates and the
-// command line.
+// The wall's plain parts: layouts, reconnect waits, PTZ gestures, packet pacing, rates, the
+// command line and the soak's random choices.
 #include <cstdio>
 #include <fstream>
 
@@ -9,6 +9,7 @@
 #include "PtzNavigator.h"
 #include "RateMeter.h"
 #include "ReconnectBackoff.h"
+#include "SoakDriver.h"
 #include "WallLayout.h"
 #include "WallOptions.h"
 
@@ -148,9 +149,36 @@ TEST(WallOptionsTest, ParsesTheCommandLine) {
   EXPECT_EQ(9, options.namePosition);
 }
 
+// A soak run is the 4x4 wall in a small window unless a geometry is given.
+TEST(WallOptionsTest, ASoakRunsSixteenTilesInASmallWindow) {
+  wxCmdLineParser parser;
+  WallOptions::Describe(parser);
+  parser.SetCmdLine("--soak 2000 --seed 7");
+  ASSERT_EQ(0, parser.Parse(false));
+  WallOptions options;
+  wxString error;
+  ASSERT_TRUE(WallOptions::Read(parser, options, error)) << error;
+  EXPECT_EQ(2000, options.soakFrames);
+  EXPECT_EQ(7u, options.seed);
+  EXPECT_EQ(16, options.layout.TileCount());
+  EXPECT_EQ(wxSize(WallOptions::kSoakWidth, WallOptions::kSoakHeight), options.geometry.GetSize());
+
+  wxCmdLineParser placed;
+  WallOptions::Describe(placed);
+  placed.SetCmdLine("--soak 10 --layout 2x2 --geometry 640x480+0+600");
+  ASSERT_EQ(0, placed.Parse(false));
+  WallOptions given;
+  ASSERT_TRUE(WallOptions::Read(placed, given, error)) << error;
+  EXPECT_EQ(16, given.layout.TileCount());
+  EXPECT_EQ(wxRect(0, 600, 640, 480), given.geometry);
+  EXPECT_EQ(1u, given.seed);
+}
+
 TEST(WallOptionsTest, RejectsUnknownLayoutsModesAndNamePositions) {
-  const char* lines[] = {"--layout 5x5", "--render-mode directx", "--name-position 10",
-                         "--sources /nonexistent/list.txt"};
+  const char* lines[] = {"--layout 5x5",       "--render-mode directx",
+                         "--name-position 10", "--sources /nonexistent/list.txt",
+                         "--soak 0",           "--soak -3",
+                         "--seed -1"};
   for (const char* line : lines) {
     wxCmdLineParser parser;
     WallOptions::Describe(parser);
@@ -161,4 +189,45 @@ TEST(WallOptionsTest, RejectsUnknownLayoutsModesAndNamePositions) {
     EXPECT_FALSE(WallOptions::Read(parser, options, error)) << line;
     EXPECT_FALSE(error.empty()) << line;
   }
+}
+
+namespace {
+
+std::vector<std::optional<SoakStep>> Choices(unsigned long seed, int count) {
+  SoakDriver driver(seed, 16, wxSize(400, 300));
+  std::vector<std::optional<SoakStep>> choices;
+  for (int i = 0; i < count; ++i) choices.push_back(driver.Choose());
+  return choices;
+}
+
+}  // namespace
+
+TEST(SoakDriverTest, TheSeedAloneDecidesTheChoices) {
+  EXPECT_EQ(Choices(5, 400), Choices(5, 400));
+  EXPECT_NE(Choices(5, 400), Choices(6, 400));
+}
+
+// About one frame in four acts; over many frames every action comes up, on every tile, with
+// amounts from 0 to 1.
+TEST(SoakDriverTest, EveryActionComesUpOnEveryTile) {
+  const std::vector<std::optional<SoakStep>> choices = Choices(1, 8000);
+  std::vector<int> actions(kSoakActionCount);
+  std::vector<int> tiles(16);
+  int acting = 0;
+  for (const std::optional<SoakStep>& step : choices) {
+    if (!step) continue;
+    ++acting;
+    ++actions.at(static_cast<size_t>(step->action));
+    ++tiles.at(static_cast<size_t>(step->tile));
+    for (const double amount : {step->x, step->y, step->amount}) {
+      EXPECT_GE(amount, 0.0);
+      EXPECT_LE(amount, 1.0);
+    }
+  }
+  EXPECT_GT(acting, 1600);
+  EXPECT_LT(acting, 2400);
+  for (int i = 0; i < kSoakActionCount; ++i) {
+    EXPECT_GT(actions[i], 80) << SoakDriver::Name(static_cast<SoakAction>(i));
+  }
+  for (int tile = 0; tile < 16; ++tile) EXPECT_GT(tiles[tile], 60) << "tile " << tile;
 }
