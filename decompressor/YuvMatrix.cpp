@@ -174,19 +174,36 @@ inline Channels ToRgb(const RgbCoefficients& k, int luma, int blue, int red) {
 }
 
 // One row of 4:4:4 samples into three-byte pixels, red at byte kRed and blue at byte kBlue.
-// Written so that the compiler vectorises it; built for AVX2 and the baseline.
+// Written so that the compiler vectorises it; inlined into one function per byte order below,
+// because clang builds target clones of plain functions only, not of templates.
 template <int kRed, int kBlue>
-__attribute__((target_clones("avx2", "default"))) void WriteRgb24Row(const uint8_t* y,
-                                                                     const uint8_t* u,
-                                                                     const uint8_t* v, int width,
-                                                                     const RgbCoefficients& k,
-                                                                     uint8_t* out) {
+__attribute__((always_inline)) inline void WriteRgb24Pixels(const uint8_t* y, const uint8_t* u,
+                                                            const uint8_t* v, int width,
+                                                            const RgbCoefficients& k,
+                                                            uint8_t* out) {
   for (int x = 0; x < width; ++x) {
     const Channels c = ToRgb(k, y[x], u[x], v[x]);
     out[3 * x + kRed] = static_cast<uint8_t>(c.r);
     out[3 * x + 1] = static_cast<uint8_t>(c.g);
     out[3 * x + kBlue] = static_cast<uint8_t>(c.b);
   }
+}
+
+// RGB24 and BGR24 rows, built for AVX2 and the baseline.
+__attribute__((target_clones("avx2", "default"))) void WriteRgb24Row(const uint8_t* y,
+                                                                     const uint8_t* u,
+                                                                     const uint8_t* v, int width,
+                                                                     const RgbCoefficients& k,
+                                                                     uint8_t* out) {
+  WriteRgb24Pixels<0, 2>(y, u, v, width, k, out);
+}
+
+__attribute__((target_clones("avx2", "default"))) void WriteBgr24Row(const uint8_t* y,
+                                                                     const uint8_t* u,
+                                                                     const uint8_t* v, int width,
+                                                                     const RgbCoefficients& k,
+                                                                     uint8_t* out) {
+  WriteRgb24Pixels<2, 0>(y, u, v, width, k, out);
 }
 
 // Where byte n of a word stored in memory sits in its value.
@@ -215,8 +232,8 @@ using RgbRowWriter = void (*)(const uint8_t*, const uint8_t*, const uint8_t*, in
 
 RgbRowWriter RgbRowWriterFor(AVPixelFormat target) {
   switch (target) {
-    case AV_PIX_FMT_RGB24: return WriteRgb24Row<0, 2>;
-    case AV_PIX_FMT_BGR24: return WriteRgb24Row<2, 0>;
+    case AV_PIX_FMT_RGB24: return WriteRgb24Row;
+    case AV_PIX_FMT_BGR24: return WriteBgr24Row;
     default: return WriteRgbaRow;
   }
 }
