@@ -174,8 +174,7 @@ inline Channels ToRgb(const RgbCoefficients& k, int luma, int blue, int red) {
 }
 
 // One row of 4:4:4 samples into three-byte pixels, red at byte kRed and blue at byte kBlue.
-// Written so that the compiler vectorises it; inlined into one function per byte order below,
-// because clang builds target clones of plain functions only, not of templates.
+// Written so that the compiler vectorises it.
 template <int kRed, int kBlue>
 __attribute__((always_inline)) inline void WriteRgb24Pixels(const uint8_t* y, const uint8_t* u,
                                                             const uint8_t* v, int width,
@@ -189,23 +188,6 @@ __attribute__((always_inline)) inline void WriteRgb24Pixels(const uint8_t* y, co
   }
 }
 
-// RGB24 and BGR24 rows, built for AVX2 and the baseline.
-__attribute__((target_clones("avx2", "default"))) void WriteRgb24Row(const uint8_t* y,
-                                                                     const uint8_t* u,
-                                                                     const uint8_t* v, int width,
-                                                                     const RgbCoefficients& k,
-                                                                     uint8_t* out) {
-  WriteRgb24Pixels<0, 2>(y, u, v, width, k, out);
-}
-
-__attribute__((target_clones("avx2", "default"))) void WriteBgr24Row(const uint8_t* y,
-                                                                     const uint8_t* u,
-                                                                     const uint8_t* v, int width,
-                                                                     const RgbCoefficients& k,
-                                                                     uint8_t* out) {
-  WriteRgb24Pixels<2, 0>(y, u, v, width, k, out);
-}
-
 // Where byte n of a word stored in memory sits in its value.
 constexpr int ByteShift(int n) {
   return __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__ ? 8 * n : 8 * (3 - n);
@@ -213,11 +195,9 @@ constexpr int ByteShift(int n) {
 
 // The same into RGBA, each pixel stored as one word (bytes R, G, B, 255 in memory order),
 // which the compiler vectorises where it does not vectorise four byte stores.
-__attribute__((target_clones("avx2", "default"))) void WriteRgbaRow(const uint8_t* y,
-                                                                    const uint8_t* u,
-                                                                    const uint8_t* v, int width,
-                                                                    const RgbCoefficients& k,
-                                                                    uint8_t* out) {
+__attribute__((always_inline)) inline void WriteRgbaPixels(const uint8_t* y, const uint8_t* u,
+                                                           const uint8_t* v, int width,
+                                                           const RgbCoefficients& k, uint8_t* out) {
   for (int x = 0; x < width; ++x) {
     const Channels c = ToRgb(k, y[x], u[x], v[x]);
     const uint32_t word = static_cast<uint32_t>(c.r) << ByteShift(0) |
@@ -227,14 +207,16 @@ __attribute__((target_clones("avx2", "default"))) void WriteRgbaRow(const uint8_
   }
 }
 
-using RgbRowWriter = void (*)(const uint8_t*, const uint8_t*, const uint8_t*, int,
-                              const RgbCoefficients&, uint8_t*);
-
-RgbRowWriter RgbRowWriterFor(AVPixelFormat target) {
+// One row into `target` (RGB24, BGR24 or RGBA), built for AVX2 and the baseline. The loops
+// above are inlined here rather than cloned themselves: clang clones plain functions only,
+// not templates.
+__attribute__((target_clones("avx2", "default"))) void WriteRgbRow(
+    const uint8_t* y, const uint8_t* u, const uint8_t* v, int width, const RgbCoefficients& k,
+    AVPixelFormat target, uint8_t* out) {
   switch (target) {
-    case AV_PIX_FMT_RGB24: return WriteRgb24Row;
-    case AV_PIX_FMT_BGR24: return WriteBgr24Row;
-    default: return WriteRgbaRow;
+    case AV_PIX_FMT_RGB24: return WriteRgb24Pixels<0, 2>(y, u, v, width, k, out);
+    case AV_PIX_FMT_BGR24: return WriteRgb24Pixels<2, 0>(y, u, v, width, k, out);
+    default: return WriteRgbaPixels(y, u, v, width, k, out);
   }
 }
 
@@ -250,7 +232,6 @@ void ConvertYuvToRgb(const PlaneView& source, AVPixelFormat format, int width, i
                      const ColourSpace_t& colour, AVPixelFormat target, uint8_t* rgb, int pitch) {
   const AVPixFmtDescriptor& desc = *av_pix_fmt_desc_get(format);
   const RgbCoefficients k = RgbCoefficientsFor(colour);
-  const RgbRowWriter write = RgbRowWriterFor(target);
   const bool spread = desc.log2_chroma_w > 0;
   std::vector<uint8_t> spreadU(spread ? static_cast<size_t>(width) : 0);
   std::vector<uint8_t> spreadV(spreadU.size());
@@ -267,8 +248,8 @@ void ConvertYuvToRgb(const PlaneView& source, AVPixelFormat format, int width, i
       u = spreadU.data();
       v = spreadV.data();
     }
-    write(source.data[0] + static_cast<ptrdiff_t>(y) * source.linesize[0], u, v, width, k,
-          rgb + static_cast<ptrdiff_t>(y) * pitch);
+    WriteRgbRow(source.data[0] + static_cast<ptrdiff_t>(y) * source.linesize[0], u, v, width, k,
+                target, rgb + static_cast<ptrdiff_t>(y) * pitch);
   }
 }
 
