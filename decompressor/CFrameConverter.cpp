@@ -55,6 +55,14 @@ bool IsUnscaledOddSize(const CScaler::Key& key) {
   return IsUnscaled(key) && (key.targetWidth % 2 != 0 || key.targetHeight % 2 != 0);
 }
 
+// YUV into another size or planar YUV format that RewriteYuv takes: libswscale brings it there
+// in the source's colour and the rewrite then writes the caller's planes, so the rewrite runs
+// over the target's samples, not the source's (a 1280x720 picture shown in a 480x270 tile has
+// a seventh of them). Unscaled odd sizes stay on the staged road.
+bool RewritesAfterScaling(const CScaler::Key& key) {
+  return NeedsRewrite(key) && CanRewriteYuv(key.targetFormat) && !IsUnscaledOddSize(key);
+}
+
 // The YUV format to scale in before converting to RGB at the target size, or
 // AV_PIX_FMT_NONE where one step is the better road (odd scaled target sizes, sources that are
 // not YUV with subsampled chroma, targets that are not RGB). The first step brings chroma to
@@ -174,6 +182,7 @@ int CFrameConverter::Convert(const AVFrame& source, const ColourSpace_t& colour,
                  CallerYuvTarget(target, planes, pitches));
       return DECOMP_OK;
     }
+    if (RewritesAfterScaling(key)) return ScaleAndRewrite(key, view, target, planes, pitches);
     if (!Rewrite(key, view)) return DECOMP_ERROR_INTERNAL;
   }
   if (IsPlainCopy(key)) {
@@ -204,6 +213,19 @@ int CFrameConverter::ToRgb(const CScaler::Key& key, PlaneView view, uint8_t* rgb
   }
   ConvertYuvToRgb(view, format, key.targetWidth, key.targetHeight, key.sourceColour,
                   key.targetFormat, rgb, pitch);
+  return DECOMP_OK;
+}
+
+// Scaled (or brought to the target's format) in the source's colour, then rewritten into
+// delivered colour straight into the caller's planes.
+int CFrameConverter::ScaleAndRewrite(const CScaler::Key& key, const PlaneView& view,
+                                     const CPixelLayout& target, unsigned char* const* planes,
+                                     const int* pitches) {
+  CScaler::Key scaling = key;
+  scaling.targetColour = key.sourceColour;
+  if (!m_first.Run(scaling, view)) return DECOMP_ERROR_INTERNAL;
+  RewriteYuv(ViewOf(m_first.Output()), key.targetFormat, key.targetWidth, key.targetHeight,
+             key.sourceColour, CallerYuvTarget(target, planes, pitches));
   return DECOMP_OK;
 }
 
