@@ -35,6 +35,9 @@
 // through RGB.
 #pragma once
 
+#include <cstddef>
+#include <vector>
+
 #include "AvHandles.h"
 #include "CDigitalPTZ.h"
 #include "CScaler.h"
@@ -61,6 +64,7 @@ class CFrameConverter {
   int ToRgb(const CScaler::Key& key, PlaneView view, uint8_t* rgb, int pitch);
   int ScaleAndRewrite(const CScaler::Key& key, const PlaneView& view, const CPixelLayout& target,
                       unsigned char* const* planes, const int* pitches);
+  bool Halve(size_t step, CScaler::Key& key, PlaneView& view);
   bool Rewrite(CScaler::Key& key, PlaneView& view);
   bool Stage(CScaler::Key& key, PlaneView& view);
   int Scale(CScaler::Key key, PlaneView view, const CPixelLayout& target,
@@ -70,4 +74,5 @@ class CFrameConverter {
   CScaler m_second;
   AvFramePtr m_staging;
   AvFramePtr m_rewritten;
+  std::vector<AvFramePtr> m_halved;
 };
