@@ -3,6 +3,9 @@
 // This is the engine behind CDecompressor::GetImage. Every road ends in the caller's planes,
 // writing only the rows and bytes that the frame-buffer table gives each plane, rows `pitch`
 // apart, and none keeps a picture of its own where it need not:
+// - planar 8-bit YUV bound for half its size or less in both directions is first halved, as
+//   often as it takes, by a 2 x 2 box mean (PictureHalving), and the roads below start from
+//   the halved picture: libswscale's filters grow with the ratio and run over every source row;
 // - a crop that needs no conversion is copied straight from the source picture;
 // - planar 8-bit YUV of another matrix or range bound for planar YUV is rewritten into BT.601
 //   limited range (YuvMatrix) straight into the caller's planes, after libswscale has scaled
