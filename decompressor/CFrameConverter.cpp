@@ -15,6 +15,7 @@ extern "C" {
 #include "CPixelLayout.h"
 #include "DecompressorTypes.h"
 #include "PictureCopy.h"
+#include "PictureHalving.h"
 #include "YuvMatrix.h"
 
 namespace {
@@ -53,6 +54,20 @@ bool NeedsRewrite(const CScaler::Key& key) {
 
 bool IsUnscaledOddSize(const CScaler::Key& key) {
   return IsUnscaled(key) && (key.targetWidth % 2 != 0 || key.targetHeight % 2 != 0);
+}
+
+// A source of a format HalvePicture takes, bound for half its size or less in both directions.
+bool HalvesFirst(const CScaler::Key& key) {
+  return CanRewriteYuv(key.sourceFormat) && key.targetWidth <= key.sourceWidth / 2 &&
+         key.targetHeight <= key.sourceHeight / 2;
+}
+
+// YUV into another size or planar YUV format that RewriteYuv takes: libswscale brings it there
+// in the source's colour and the rewrite then writes the caller's planes, so the rewrite runs
+// over the target's samples, not the source's (a 1280x720 picture shown in a 480x270 tile has
+// a seventh of them). Unscaled odd sizes stay on the staged road.
+bool RewritesAfterScaling(const CScaler::Key& key) {
+  return NeedsRewrite(key) && CanRewriteYuv(key.targetFormat) && !IsUnscaledOddSize(key);
 }
 
 // The YUV format to scale in before converting to RGB at the target size, or
@@ -167,6 +182,9 @@ int CFrameConverter::Convert(const AVFrame& source, const ColourSpace_t& colour,
                    target.GetWidth(),
                    target.GetHeight()};
   PlaneView view = CropView(source, format, crop);
+  for (size_t step = 0; HalvesFirst(key); ++step) {
+    if (!Halve(step, key, view)) return DECOMP_ERROR_INTERNAL;
+  }
   if (NeedsRewrite(key)) {
     // Rewritten at its own format and size, it goes straight into the caller's planes.
     if (IsPlainCopy(InDeliveredColour(key))) {
@@ -174,6 +192,7 @@ int CFrameConverter::Convert(const AVFrame& source, const ColourSpace_t& colour,
                  CallerYuvTarget(target, planes, pitches));
       return DECOMP_OK;
     }
+    if (RewritesAfterScaling(key)) return ScaleAndRewrite(key, view, target, planes, pitches);
     if (!Rewrite(key, view)) return DECOMP_ERROR_INTERNAL;
   }
   if (IsPlainCopy(key)) {
@@ -205,6 +224,34 @@ int CFrameConverter::ToRgb(const CScaler::Key& key, PlaneView view, uint8_t* rgb
   ConvertYuvToRgb(view, format, key.targetWidth, key.targetHeight, key.sourceColour,
                   key.targetFormat, rgb, pitch);
   return DECOMP_OK;
+}
+
+// Scaled (or brought to the target's format) in the source's colour, then rewritten into
+// delivered colour straight into the caller's planes.
+int CFrameConverter::ScaleAndRewrite(const CScaler::Key& key, const PlaneView& view,
+                                     const CPixelLayout& target, unsigned char* const* planes,
+                                     const int* pitches) {
+  CScaler::Key scaling = key;
+  scaling.targetColour = key.sourceColour;
+  if (!m_first.Run(scaling, view)) return DECOMP_ERROR_INTERNAL;
+  RewriteYuv(ViewOf(m_first.Output()), key.targetFormat, key.targetWidth, key.targetHeight,
+             key.sourceColour, CallerYuvTarget(target, planes, pitches));
+  return DECOMP_OK;
+}
+
+// The source at half its size, in the picture of halving `step` (each step keeps its own, so a
+// steady stream allocates nothing); from here on the source.
+bool CFrameConverter::Halve(size_t step, CScaler::Key& key, PlaneView& view) {
+  while (m_halved.size() <= step) m_halved.emplace_back(av_frame_alloc());
+  AVFrame* picture = m_halved[step].get();
+  if (!picture ||
+      !HalvePicture(view, key.sourceFormat, key.sourceWidth, key.sourceHeight, *picture)) {
+    return false;
+  }
+  view = ViewOf(*picture);
+  key.sourceWidth /= 2;
+  key.sourceHeight /= 2;
+  return true;
 }
 
 // The crop in delivered colour, in a picture of its own; from here on the source.

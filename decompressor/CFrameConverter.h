@@ -3,9 +3,13 @@
 // This is the engine behind CDecompressor::GetImage. Every road ends in the caller's planes,
 // writing only the rows and bytes that the frame-buffer table gives each plane, rows `pitch`
 // apart, and none keeps a picture of its own where it need not:
+// - planar 8-bit YUV bound for half its size or less in both directions is first halved, as
+//   often as it takes, by a 2 x 2 box mean (PictureHalving), and the roads below start from
+//   the halved picture: libswscale's filters grow with the ratio and run over every source row;
 // - a crop that needs no conversion is copied straight from the source picture;
-// - planar 8-bit YUV of another matrix or range bound for the same YUV format at the same size
-//   is rewritten into BT.601 limited range (YuvMatrix) straight into the caller's planes;
+// - planar 8-bit YUV of another matrix or range bound for planar YUV is rewritten into BT.601
+//   limited range (YuvMatrix) straight into the caller's planes, after libswscale has scaled
+//   it in its own colour where the size or format changes;
 // - planar 8-bit YUV into RGB is converted by our own step (YuvMatrix) straight into the
 //   caller's rows, after libswscale has scaled it to 4:4:4 at the target size where the size
 //   changes: libswscale's accurate road into RGB runs in C and costs several times as much;
@@ -27,10 +31,15 @@
 // targets get BT.601 limited range, the matrix the renderer's GL programs invert; RGB targets
 // get the source's own matrix and range inverted. A source already in BT.601 limited range
 // copied to its own format at its own size stays a plain copy; any other source is converted.
-// Planar 8-bit YUV of another matrix or range bound for a YUV target is first rewritten into
-// BT.601 limited range (YuvMatrix), far cheaper than libswscale's road through RGB; other
-// formats take that road.
+// Planar 8-bit YUV of another matrix or range bound for a YUV target is rewritten into BT.601
+// limited range (YuvMatrix), far cheaper than libswscale's road through RGB: after libswscale
+// has scaled it in its own colour where the target is planar YUV too (so the rewrite runs over
+// the smaller picture of a scaled-down view), before otherwise; other formats take the road
+// through RGB.
 #pragma once
+
+#include <cstddef>
+#include <vector>
 
 #include "AvHandles.h"
 #include "CDigitalPTZ.h"
@@ -56,6 +65,9 @@ class CFrameConverter {
 
  private:
   int ToRgb(const CScaler::Key& key, PlaneView view, uint8_t* rgb, int pitch);
+  int ScaleAndRewrite(const CScaler::Key& key, const PlaneView& view, const CPixelLayout& target,
+                      unsigned char* const* planes, const int* pitches);
+  bool Halve(size_t step, CScaler::Key& key, PlaneView& view);
   bool Rewrite(CScaler::Key& key, PlaneView& view);
   bool Stage(CScaler::Key& key, PlaneView& view);
   int Scale(CScaler::Key key, PlaneView view, const CPixelLayout& target,
@@ -65,4 +77,5 @@ class CFrameConverter {
   CScaler m_second;
   AvFramePtr m_staging;
   AvFramePtr m_rewritten;
+  std::vector<AvFramePtr> m_halved;
 };

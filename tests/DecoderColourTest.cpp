@@ -97,6 +97,19 @@ ChannelErrors Measure(int width, int height, const Samples& actual, const Sample
 std::array<int, 3> AsArray(const Yuv& yuv) { return {yuv.y, yuv.u, yuv.v}; }
 std::array<int, 3> AsArray(const Rgb& rgb) { return {rgb.r, rgb.g, rgb.b}; }
 
+// The YUV samples of `frame`, bars at its own size, against the bars in BT.601 limited range.
+::testing::AssertionResult DeliveredAs601(const TestFrame& frame, const std::string& what) {
+  const int width = frame.Width();
+  const int height = frame.Height();
+  const auto delivered601 = [&](int x, int y) {
+    return AsArray(ReferenceRgbToYuv(BlockColour(x, y, width, height), kBt601Weights, false));
+  };
+  return WithinLimits(
+      Measure(
+          width, height, [&](int x, int y) { return AsArray(frame.YuvAt(x, y)); }, delivered601),
+      what + " against BT.601 limited range");
+}
+
 // GetImage of the whole picture at its own size in I420 and RGB24 against the references.
 void ExpectBarsDelivered(CDecompressor& decoder, int width, int height) {
   TestFrame i420(PIXEL_FORMAT_I420, width, height);
@@ -104,13 +117,7 @@ void ExpectBarsDelivered(CDecompressor& decoder, int width, int height) {
   TestFrame rgb(PIXEL_FORMAT_RGB24, width, height);
   ASSERT_EQ(DECOMP_OK, GetWholeImage(decoder, rgb));
   const auto bars = [&](int x, int y) { return AsArray(BlockColour(x, y, width, height)); };
-  const auto delivered601 = [&](int x, int y) {
-    return AsArray(ReferenceRgbToYuv(BlockColour(x, y, width, height), kBt601Weights, false));
-  };
-  EXPECT_TRUE(WithinLimits(
-      Measure(
-          width, height, [&](int x, int y) { return AsArray(i420.YuvAt(x, y)); }, delivered601),
-      "I420 against BT.601 limited range"));
+  EXPECT_TRUE(DeliveredAs601(i420, "I420"));
   EXPECT_TRUE(
       WithinLimits(Measure(
                        width, height, [&](int x, int y) { return AsArray(rgb.RgbAt(x, y)); }, bars),
@@ -246,6 +253,27 @@ TEST(DecoderColour, RawPlanarFramesOfOddSizesAreReadWithTheOverrideToo) {
     TestFrame raw = BarsIn(Colour(k709, kFull), kOddWidth, kOddHeight, format);
     ASSERT_EQ(DECOMP_OK, PutTestFrame(decoder, raw));
     ExpectBarsDelivered(decoder, kOddWidth, kOddHeight);
+  }
+}
+
+// A scaled-down view (the facade's software scaling of small tiles) converts the colour too,
+// into every YUV format: the planar ones by scaling first and rewriting the smaller picture,
+// NV12 through libswscale.
+TEST(DecoderColour, AScaledDownViewIsConvertedIntoEveryYuvFormat) {
+  constexpr int kWidth = 320;
+  constexpr int kHeight = 240;
+  for (const ColourSpace_t& colour : {Colour(k709, kLimited), Colour(k709, kFull)}) {
+    CDecompressor decoder;
+    decoder.SetColourOverride(colour);
+    TestFrame raw = BarsIn(colour, kWidth, kHeight);
+    ASSERT_EQ(DECOMP_OK, PutTestFrame(decoder, raw));
+    for (int format :
+         {PIXEL_FORMAT_I420, PIXEL_FORMAT_YV12, PIXEL_FORMAT_YUV422P, PIXEL_FORMAT_NV12}) {
+      SCOPED_TRACE(format);
+      TestFrame scaled(format, kWidth / 2, kHeight / 2);
+      ASSERT_EQ(DECOMP_OK, GetWholeImage(decoder, scaled));
+      EXPECT_TRUE(DeliveredAs601(scaled, "the scaled view"));
+    }
   }
 }
 

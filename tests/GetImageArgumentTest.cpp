@@ -286,8 +286,10 @@ TEST_F(GetImageArguments, PtzThatIsNotEngagedIsIgnored) {
   }
 }
 
+// Sizes above half the picture: at half or less the picture is halved first, and an exact half
+// needs no libswscale step at all.
 TEST_F(GetImageArguments, ConversionIsBuiltOnceWhileParametersStay) {
-  TestFrame rgb(PIXEL_FORMAT_RGB24, 32, 24);
+  TestFrame rgb(PIXEL_FORMAT_RGB24, 40, 30);
   ASSERT_EQ(DECOMP_OK, Get(rgb, 0, 0, kWidth, kHeight));
   const int built = decoder.GetConverterSetupCount();
   EXPECT_GT(built, 0);
@@ -297,7 +299,7 @@ TEST_F(GetImageArguments, ConversionIsBuiltOnceWhileParametersStay) {
   }
   EXPECT_EQ(built, decoder.GetConverterSetupCount());
 
-  TestFrame larger(PIXEL_FORMAT_RGB24, 40, 30);
+  TestFrame larger(PIXEL_FORMAT_RGB24, 48, 36);
   ASSERT_EQ(DECOMP_OK, Get(larger, 0, 0, kWidth, kHeight));
   const int rebuilt = decoder.GetConverterSetupCount();
   EXPECT_GT(rebuilt, built);

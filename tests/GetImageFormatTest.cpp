@@ -2,6 +2,7 @@
 // BT.601 reference, placement under crop and scaling, and nothing written outside the planes.
 #include <string>
 #include <tuple>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -85,6 +86,31 @@ TEST_F(GetImageExact, I420CopiesSampleForSampleIntoThe420Formats) {
     TestFrame expected(format, 64, 48);
     expected.PaintYuv([&picture](int x, int y) { return picture.YuvAt(x, y); });
     EXPECT_TRUE(target.SamePictureBytes(expected, "exact-420-" + std::to_string(format)));
+    EXPECT_TRUE(target.GuardsIntact());
+  }
+}
+
+// A view at half the picture's size or less is halved first; at exactly half nothing else
+// happens: each sample is the rounded mean of the 2 x 2 samples it covers (an odd size's last
+// column and row are left over).
+TEST_F(GetImageExact, HalfSizeTakesTheMeanOfEach2x2Block) {
+  for (const auto& [width, height] : {std::pair{64, 48}, std::pair{23, 15}}) {
+    const TestFrame& picture = Load(PIXEL_FORMAT_I420, width, height);
+    TestFrame target(PIXEL_FORMAT_I420, width / 2, height / 2, 5);
+    ASSERT_EQ(DECOMP_OK, GetWholeImage(decoder, target));
+    const auto mean = [](int a, int b, int c, int d) { return (a + b + c + d + 2) >> 2; };
+    TestFrame expected(PIXEL_FORMAT_I420, width / 2, height / 2);
+    expected.PaintYuv([&](int x, int y) {
+      const auto at = [&](int dx, int dy) { return picture.YuvAt(2 * x + dx, 2 * y + dy); };
+      // Chroma sample (i, j) covers pixel (2i, 2j); its block's samples cover pixels two apart.
+      const auto chroma = [&](int dx, int dy) {
+        return picture.YuvAt(4 * (x / 2) + 2 * dx, 4 * (y / 2) + 2 * dy);
+      };
+      return Yuv{mean(at(0, 0).y, at(1, 0).y, at(0, 1).y, at(1, 1).y),
+                 mean(chroma(0, 0).u, chroma(1, 0).u, chroma(0, 1).u, chroma(1, 1).u),
+                 mean(chroma(0, 0).v, chroma(1, 0).v, chroma(0, 1).v, chroma(1, 1).v)};
+    });
+    EXPECT_TRUE(target.SamePictureBytes(expected, "half-" + std::to_string(width)));
     EXPECT_TRUE(target.GuardsIntact());
   }
 }
