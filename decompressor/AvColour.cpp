@@ -1,6 +1,8 @@
 // Colour lookups between FFmpeg's signalled fields, the library's colour types and libswscale.
 #include "AvColour.h"
 
+#include <cstring>
+
 extern "C" {
 #include <libswscale/swscale.h>
 }
@@ -24,7 +26,23 @@ ColourMatrix SignalledMatrix(AVColorSpace space) {
   }
 }
 
+// Puts `unspecified` in `field` when its raw value lies outside [0, count).
+template <typename Field>
+void ForgetUnknown(Field& field, int count, Field unspecified) {
+  static_assert(sizeof(Field) == sizeof(int), "FFmpeg's colour enumerations are int-sized");
+  int raw = 0;
+  std::memcpy(&raw, &field, sizeof raw);
+  if (raw < 0 || raw >= count) field = unspecified;
+}
+
 }  // namespace
+
+void ForgetUnknownColourCodes(AVFrame& picture) {
+  ForgetUnknown(picture.colorspace, AVCOL_SPC_NB, AVCOL_SPC_UNSPECIFIED);
+  ForgetUnknown(picture.color_range, AVCOL_RANGE_NB, AVCOL_RANGE_UNSPECIFIED);
+  ForgetUnknown(picture.color_primaries, AVCOL_PRI_NB, AVCOL_PRI_UNSPECIFIED);
+  ForgetUnknown(picture.color_trc, AVCOL_TRC_NB, AVCOL_TRC_UNSPECIFIED);
+}
 
 ColourSpace_t ColourOf(const AVFrame& picture) {
   ColourMatrix matrix = SignalledMatrix(picture.colorspace);

@@ -20,6 +20,13 @@ constexpr ColourSpace_t kDeliveredColour{ColourMatrix::kBt601, ColourRange::kLim
 // format is one of FFmpeg's full-range "J" formats.
 ColourSpace_t ColourOf(const AVFrame& picture);
 
+// Sets every colour field of a decoded picture that holds a code FFmpeg does not define
+// (libavcodec stores a stream's 8-bit matrix, range, primaries and transfer codes as they come,
+// so a damaged or odd header leaves values like 188 there) to "unspecified", so that the
+// picture reads as unsignalled. Such a value is no value of the field's enumeration, and
+// reading it as one is undefined behaviour; the raw bytes are read instead.
+void ForgetUnknownColourCodes(AVFrame& picture);
+
 // `picture` with the fields of `override` that are not kFromStream put in their place.
 ColourSpace_t WithOverride(const ColourSpace_t& picture, const ColourSpace_t& override);
 

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <string>
 
+#include "AvColour.h"
 #include "CPictureStore.h"
 #include "CPixelLayout.h"
 #include "DecompressorTypes.h"
@@ -173,6 +174,7 @@ int CCodecSession::Receive(CPictureStore& store, bool& dropped) {
       av_frame_unref(m_received.get());
       continue;
     }
+    ForgetUnknownColourCodes(*m_received);
     MarkJpegColour(*m_received);
     store.Take(*m_received);
     ++pictures;

@@ -3,6 +3,8 @@
 // good picture stays;
 // a size change mid-stream is followed; many decoders come and go without leaking.
 #include <algorithm>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -13,6 +15,7 @@
 #include <decompressor/IVideoOutput.h>
 #include <decompressor/PixelFormat.h>
 
+#include "DecoderFuzzInput.h"
 #include "TestPictures.h"
 
 namespace {
@@ -260,6 +263,44 @@ TEST(DecoderStream, APictureBeyondTheLargestSizeIsRefusedAndThePictureStays) {
   EXPECT_EQ(1, statistics.picturesDamaged);
   EXPECT_EQ(1, statistics.picturesDropped);
   EXPECT_TRUE(CloseToCamera(decoder, 0, kRate, "kept-after-oversized"));
+}
+
+// Found by fuzzing: an MPEG-4 stream whose headers leave a colour-matrix code that FFmpeg does
+// not define (188) in the decoded picture; reading it as the field's enumeration is undefined
+// behaviour (the sanitizer suite stops there). The matrix reads as unsignalled: BT.709 at the
+// picture's HD size; the range as the stream's full-range flag says. The stream is the fuzz
+// harness's kept input, played as the harness plays it.
+TEST(DecoderStream, AColourCodeFfmpegDoesNotDefineReadsAsUnsignalled) {
+  std::ifstream file(RENDERER_FUZZ_REGRESSIONS "/decoder/colour-matrix-code-no-standard-defines",
+                     std::ios::binary);
+  const std::vector<uint8_t> bytes{std::istreambuf_iterator<char>(file), {}};
+  DecoderFuzzInput input(bytes.data(), bytes.size());
+  ASSERT_TRUE(input.HasHeader());
+  ASSERT_STREQ("mpeg4", input.Codec());
+  VideoStreamInfo_t stream;
+  stream.codec = input.Codec();
+  DecoderFuzzInput::Packet packet;
+  ASSERT_TRUE(input.GetHeader().flags & DecoderFuzzInput::kExtradata);
+  ASSERT_TRUE(input.Next(packet));
+  stream.extradata.assign(packet.data, packet.data + packet.size);
+  CDecompressor decoder;
+  ASSERT_EQ(DECOMP_OK, decoder.Open(stream));
+  int pictures = 0;
+  for (int index = 0; input.Next(packet); ++index) {
+    pictures += std::max(0, decoder.Decode(packet.data, packet.size, index));
+  }
+  pictures += std::max(0, decoder.Drain());
+  ASSERT_GT(pictures, 0);
+  const ColourSpace_t colour = decoder.GetSourceColour();
+  ASSERT_GE(decoder.GetWidth(), 1280);
+  EXPECT_EQ(ColourMatrix::kBt709, colour.matrix);
+  EXPECT_EQ(ColourRange::kFull, colour.range);
+  std::vector<unsigned char> rgb(static_cast<size_t>(decoder.GetWidth()) * decoder.GetHeight() * 3);
+  unsigned char* planes[1] = {rgb.data()};
+  int pitches[1] = {decoder.GetWidth() * 3};
+  EXPECT_EQ(DECOMP_OK, decoder.GetImage(planes, pitches, PIXEL_FORMAT_RGB24, decoder.GetWidth(),
+                                        decoder.GetHeight(), 0, 0, decoder.GetWidth(),
+                                        decoder.GetHeight(), nullptr));
 }
 
 TEST(DecoderStream, ReopeningKeepsTheLastPicture) {
