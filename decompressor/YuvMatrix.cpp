@@ -280,7 +280,9 @@ void RewriteYuv(const PlaneView& source, AVPixelFormat format, int width, int he
     if (firstOfChromaRow) {
       FillChromaTerms(k, u, v, chromaWidth, chromaTerm.data());
       Spread(chromaTerm.data(), desc.log2_chroma_w, width, lumaTerm.data());
-      if (cy < target.chromaRows) {
+      // A target one sample wide or high has chroma planes of no bytes, which the caller may
+      // leave null: nothing to write there, and no row address to form.
+      if (cy < target.chromaRows && target.chromaWidth > 0) {
         WriteChromaRow(
             k, u, v, target.chromaWidth,
             target.planes.data[1] + static_cast<ptrdiff_t>(cy) * target.planes.linesize[1],

@@ -277,6 +277,30 @@ TEST(DecoderColour, AScaledDownViewIsConvertedIntoEveryYuvFormat) {
   }
 }
 
+// Found by fuzzing: a scaled view one sample wide has chroma planes of no bytes, which a caller
+// may leave null; the rewrite into BT.601 formed row addresses in them all the same (undefined
+// behaviour that clang's sanitizer in the fuzz build reports, GCC's does not; the fuzz input
+// fuzz/regressions/rawframe/null-chroma-of-a-one-sample-wide-view replays it). The luma comes
+// out as with real chroma planes.
+TEST(DecoderColour, AScaledViewOneSampleWideTakesNullChromaPlanes) {
+  constexpr int kWidth = 320;
+  constexpr int kHeight = 240;
+  constexpr int kRows = 60;
+  const ColourSpace_t colour = Colour(k709, kLimited);
+  CDecompressor decoder;
+  decoder.SetColourOverride(colour);
+  TestFrame raw = BarsIn(colour, kWidth, kHeight);
+  ASSERT_EQ(DECOMP_OK, PutTestFrame(decoder, raw));
+  TestFrame withChroma(PIXEL_FORMAT_I420, 1, kRows);
+  ASSERT_EQ(DECOMP_OK, GetWholeImage(decoder, withChroma));
+  std::vector<unsigned char> luma(kRows);
+  unsigned char* planes[3] = {luma.data(), nullptr, nullptr};
+  int pitches[3] = {1, 8, 8};  // pitches of planes that hold nothing may be anything
+  ASSERT_EQ(DECOMP_OK, decoder.GetImage(planes, pitches, PIXEL_FORMAT_I420, 1, kRows, 0, 0, kWidth,
+                                        kHeight, nullptr));
+  for (int y = 0; y < kRows; ++y) EXPECT_EQ(withChroma.YuvAt(0, y).y, luma[y]) << "row " << y;
+}
+
 TEST(DecoderColour, MjpegIsFullRangeAndRawFramesAreBt601Limited) {
   const EncodedStream mjpeg = EncodeCamera("mjpeg", kSdWidth, kSdHeight, kStreamRate, 1);
   CDecompressor decoder;
