@@ -412,12 +412,18 @@ void OpenGLRenderer::OnParentDestroyed(wxWindowDestroyEvent& event) {
   m_parent = nullptr;
 }
 
+// The shared canvas outlives its renderer, but not its window: that goes with the parent's
+// native window, which may be destroyed at any time from now on. So neither canvas stays the
+// current drawable. Left current, the next clean-up of another tile would make it current
+// again on its way out (restoring what was current), the window system would ask the X server
+// about the window that is gone, and the toolkit ends the program on that error.
 void OpenGLRenderer::ReleaseCanvas() {
-  if (m_canvas && m_canvas == m_sharedCanvas) {
+  if (!m_canvas) return;
+  ReleaseIfCurrentOn(*m_canvas);
+  if (m_canvas == m_sharedCanvas) {
     m_canvas->Hide();
     m_parent->RemoveChild(m_canvas);
-  } else if (m_canvas) {
-    ReleaseIfCurrentOn(*m_canvas);
+  } else {
     m_canvas->Destroy();
   }
   m_canvas = nullptr;

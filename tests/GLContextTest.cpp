@@ -194,6 +194,44 @@ TEST_F(Lifecycle, FirstRendererDiesWhileASecondLives) {
   EXPECT_EQ(0, CanvasesOn(secondTile));
 }
 
+// The first renderer's canvas outlives it (hidden, detached), but its window goes with the
+// tile's. Left the current drawable, it would be made current again by the next tile's
+// clean-up (which restores what was current) and the X server asked about a window that no
+// longer exists: an error the toolkit ends the program on. Each test starts with two
+// renderers, the first one's context current on its canvas.
+class FirstCanvasCurrent : public Lifecycle {
+ protected:
+  void SetUp() override {
+    Lifecycle::SetUp();
+    first = MakeRenderer();
+    second = MakeRenderer(secondTile);
+    window = first->m_canvas->GetXWindow();
+    first->SetCurrent();
+    ASSERT_EQ(window, CurrentDrawable());
+  }
+
+  GLTestRenderer* first = nullptr;
+  GLTestRenderer* second = nullptr;
+  unsigned long window = 0;
+};
+
+TEST_F(FirstCanvasCurrent, IsNotLeftCurrentWhenTheRendererGoes) {
+  DestroyRenderer(first);
+  EXPECT_NE(window, CurrentDrawable());
+  tile->Destroy();
+  tile = nullptr;
+  DestroyRenderer(second);
+  PumpEvents();
+  EXPECT_EQ(0u, CurrentDrawable());
+}
+
+TEST_F(FirstCanvasCurrent, IsNotLeftCurrentWhenItsTileGoes) {
+  tile->Destroy();  // the renderer lets go of its canvas as the tile goes
+  tile = nullptr;
+  EXPECT_NE(window, CurrentDrawable());
+  EXPECT_TRUE(PaintsItsBackground(second));
+}
+
 TEST_F(Lifecycle, SecondRendererDiesBeforeTheFirst) {
   GLTestRenderer* first = MakeRenderer();
   GLTestRenderer* second = MakeRenderer(secondTile);

@@ -137,6 +137,8 @@ unsigned long NextXRequest() { return XNextRequest(wxGetX11Display()); }
 
 const void* CurrentContext() { return glXGetCurrentContext(); }
 
+unsigned long CurrentDrawable() { return glXGetCurrentDrawable(); }
+
 void ReleaseCurrentContext() { glXMakeContextCurrent(wxGetX11Display(), None, None, nullptr); }
 
 bool IsProgramName(unsigned int name) {

@@ -78,6 +78,8 @@ unsigned long NextXRequest();
 
 // The current context as the window system knows it (null when none is current).
 const void* CurrentContext();
+// The drawable (X window) the current context draws into, 0 when none is current.
+unsigned long CurrentDrawable();
 // Leaves the calling thread with no context current.
 void ReleaseCurrentContext();
 
