@@ -374,22 +374,46 @@ void RendererBase::DrawLabel(wxDC* dc, const wxString& text, wxFont font, wxColo
     DoDrawLabel(dc, text, font, textColour, rect, alignment, scale, background);
     return;
   }
-  // Each line is aligned by itself inside what the lines above left of the rectangle; runs of
-  // line breaks count as one.
-  wxStringTokenizer lines(text, "\n", wxTOKEN_DEFAULT);
+  // Runs of line breaks count as one, so no line is empty.
+  const wxArrayString lines = wxStringTokenize(text, "\n", wxTOKEN_DEFAULT);
+  if (lines.size() > 1 && (alignment & (wxALIGN_BOTTOM | wxALIGN_CENTER_VERTICAL))) {
+    DrawLinesAsABlock(dc, lines, font, textColour, rect, alignment, scale, background);
+    return;
+  }
+  // Each line is aligned by itself inside what the lines above left of the rectangle.
   wxRect remaining = rect;
-  wxString previous;
-  bool first = true;
-  while (lines.HasMoreTokens()) {
-    const wxString line = lines.GetNextToken();
-    if (!first) {
-      const int above = MeasureText(previous.empty() ? wxString("A") : previous, font).y;
+  for (size_t i = 0; i < lines.size(); ++i) {
+    if (i > 0) {
+      const int above = MeasureText(lines[i - 1], font).y;
       remaining.y = ClampToInt(static_cast<long long>(remaining.y) + above);
       remaining.height = ClampToInt(static_cast<long long>(remaining.height) - above);
     }
-    DoDrawLabel(dc, line, font, textColour, remaining, alignment, scale, background);
-    previous = line;
-    first = false;
+    DoDrawLabel(dc, lines[i], font, textColour, remaining, alignment, scale, background);
+  }
+}
+
+// Aligned one by one inside what the lines above left, lines centred vertically would overlap
+// by half a line and bottom-aligned ones would all stand on the bottom line. So such lines are
+// stacked as one block, the height of them all, which the vertical alignment places in the
+// rectangle; each line gets a rectangle of its own height inside the block (where any vertical
+// alignment puts it at the top) and keeps the horizontal alignment.
+void RendererBase::DrawLinesAsABlock(wxDC* dc, const wxArrayString& lines, const wxFont& font,
+                                     const wxColour& textColour, const wxRect& rect, int alignment,
+                                     bool scale, const wxColour& background) {
+  std::vector<int> heights;
+  long long block = 0;
+  for (const wxString& line : lines) {
+    heights.push_back(MeasureText(line, font).y);
+    block += heights.back();
+  }
+  long long top = static_cast<long long>(rect.y) + rect.height - block;
+  if (!(alignment & wxALIGN_BOTTOM)) {
+    top = rect.y + (static_cast<long long>(rect.height) - block) / 2;
+  }
+  for (size_t i = 0; i < lines.size(); ++i) {
+    const wxRect own(rect.x, ClampToInt(top), rect.width, heights[i]);
+    DoDrawLabel(dc, lines[i], font, textColour, own, alignment, scale, background);
+    top += heights[i];
   }
 }
 

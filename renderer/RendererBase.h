@@ -166,4 +166,10 @@ class RendererBase : public IRenderer {
   wxWindow* m_parent;
   bool m_initialised;
   std::list<IRendererImage*> m_images;
+
+ private:
+  // The lines of a label aligned to the bottom or the vertical centre, stacked as one block.
+  void DrawLinesAsABlock(wxDC* dc, const wxArrayString& lines, const wxFont& font,
+                         const wxColour& textColour, const wxRect& rect, int alignment, bool scale,
+                         const wxColour& background);
 };

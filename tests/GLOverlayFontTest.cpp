@@ -167,6 +167,38 @@ TEST_F(OverlayFonts, MultiLineLabelIsDrawnLineByLine) {
   EXPECT_FALSE(firstLine.IsEmpty());
 }
 
+// Lines centred vertically or aligned to the bottom stand one under the other as a block that
+// the alignment places: each line's background box is exactly its measured size, the boxes
+// touch and none covers another.
+TEST_F(OverlayFonts, MultiLineLabelsCentredOrAtTheBottomAreStackedAsOneBlock) {
+  GLTestRenderer* renderer = MakeRenderer();
+  const wxRect rect(20, 20, 160, 110);
+  const wxString lines[] = {"Gate 4", "North"};
+  for (int alignment :
+       {int{wxALIGN_CENTER}, int{wxALIGN_CENTER_VERTICAL}, wxALIGN_BOTTOM | wxALIGN_RIGHT}) {
+    SCOPED_TRACE(alignment);
+    wxSize sizes[2];
+    const wxImage drawn = PaintWith(renderer, [&](OpenGLRenderer* painting, wxDC* dc) {
+      for (int i = 0; i < 2; ++i) sizes[i] = painting->MeasureText(lines[i], font);
+      painting->DrawLabel(dc, lines[0] + "\n" + lines[1], font, kInvisible, rect, alignment, false,
+                          kBox);
+    });
+    const int block = sizes[0].y + sizes[1].y;
+    int top = (alignment & wxALIGN_BOTTOM) ? rect.GetBottom() + 1 - block
+                                           : rect.y + (rect.height - block) / 2;
+    wxImage expected = BackgroundImage();
+    for (const wxSize& size : sizes) {
+      int left = rect.x;
+      if (alignment & wxALIGN_RIGHT) left = rect.GetRight() + 1 - size.x;
+      if (alignment & wxALIGN_CENTER_HORIZONTAL) left = rect.x + (rect.width - size.x) / 2;
+      expected.SetRGB(wxRect(wxPoint(left, top), size), kBox.Red(), kBox.Green(), kBox.Blue());
+      top += size.y;
+    }
+    EXPECT_TRUE(
+        ImagesNear(drawn, expected, kExactPixels, Name() + "-" + std::to_string(alignment)));
+  }
+}
+
 TEST_F(OverlayFonts, TwoRenderersShareOneGlyphFont) {
   GLTestRenderer* first = MakeRenderer();
   GLTestRenderer* second = MakeRenderer();

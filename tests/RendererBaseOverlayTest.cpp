@@ -84,8 +84,8 @@ TEST_F(RendererBaseOverlay, MultiLineBackEndGetsTheWholeLabelOnce) {
 }
 
 TEST_F(RendererBaseOverlay, SplitLabelDropsEmptyLinesAndStacksTheRest) {
-  backend->DrawLabel(nullptr, "a\n\nb", font, *wxWHITE, wxRect(10, 20, 100, 80), wxALIGN_CENTER,
-                     false, wxNullColour);
+  backend->DrawLabel(nullptr, "a\n\nb", font, *wxWHITE, wxRect(10, 20, 100, 80),
+                     wxALIGN_CENTER_HORIZONTAL, false, wxNullColour);
   ASSERT_EQ(2u, backend->draws.size());
   const int heightOfA = backend->MeasureText("a", font).y;
   ASSERT_GT(heightOfA, 0);
@@ -93,7 +93,48 @@ TEST_F(RendererBaseOverlay, SplitLabelDropsEmptyLinesAndStacksTheRest) {
   EXPECT_EQ(wxRect(10, 20, 100, 80), backend->draws[0].rect);
   EXPECT_EQ("b", backend->draws[1].text);
   EXPECT_EQ(wxRect(10, 20 + heightOfA, 100, 80 - heightOfA), backend->draws[1].rect);
-  EXPECT_EQ(wxALIGN_CENTER, backend->draws[1].alignment);
+  EXPECT_EQ(wxALIGN_CENTER_HORIZONTAL, backend->draws[1].alignment);
+}
+
+// Aligned each in what the lines above left, centred lines would stand half a line apart and
+// overlap: they are stacked as one block in the middle instead, each in a rectangle of its
+// own height.
+TEST_F(RendererBaseOverlay, SplitLabelCentredVerticallyIsOneBlockInTheMiddle) {
+  const wxRect rect(10, 20, 100, 81);
+  backend->DrawLabel(nullptr, "a\n\nbg", font, *wxWHITE, rect, wxALIGN_CENTER, false, wxNullColour);
+  ASSERT_EQ(2u, backend->draws.size());
+  const int a = backend->MeasureText("a", font).y;
+  const int bg = backend->MeasureText("bg", font).y;
+  const int top = 20 + (81 - a - bg) / 2;
+  EXPECT_EQ(wxRect(10, top, 100, a), backend->draws[0].rect);
+  EXPECT_EQ(wxRect(10, top + a, 100, bg), backend->draws[1].rect);
+  for (const DrawCall& call : backend->draws) EXPECT_EQ(wxALIGN_CENTER, call.alignment);
+}
+
+// Aligned each in what the lines above left, bottom-aligned lines would all stand on the
+// bottom edge: the block ends there instead, its last line on the edge.
+TEST_F(RendererBaseOverlay, SplitLabelAlignedToTheBottomEndsOnTheBottomEdge) {
+  const wxRect rect(0, 0, 100, 100);
+  const int alignment = wxALIGN_BOTTOM | wxALIGN_RIGHT;
+  backend->DrawLabel(nullptr, "one\ntwo\nthree", font, *wxWHITE, rect, alignment, true, *wxBLUE);
+  ASSERT_EQ(3u, backend->draws.size());
+  EXPECT_EQ(100, backend->draws[2].rect.GetBottom() + 1);
+  for (size_t i = 1; i < backend->draws.size(); ++i) {
+    EXPECT_EQ(backend->draws[i - 1].rect.GetBottom() + 1, backend->draws[i].rect.y);
+  }
+  for (const DrawCall& call : backend->draws) {
+    EXPECT_EQ(alignment, call.alignment);
+    EXPECT_TRUE(call.scale);
+    EXPECT_EQ(*wxBLUE, call.background);
+  }
+}
+
+TEST_F(RendererBaseOverlay, OneCentredLineIsAlignedInTheWholeRectangle) {
+  backend->DrawLabel(nullptr, "\nonly\n", font, *wxWHITE, wxRect(5, 6, 70, 80), wxALIGN_CENTER,
+                     false, wxNullColour);
+  ASSERT_EQ(1u, backend->draws.size());
+  EXPECT_EQ("only", backend->draws[0].text);
+  EXPECT_EQ(wxRect(5, 6, 70, 80), backend->draws[0].rect);
 }
 
 TEST_F(RendererBaseOverlay, SplitLabelMovesEachLineByTheHeightOfTheLineAbove) {

@@ -32,6 +32,7 @@ struct DrawCall {
   wxRect rect;
   int alignment = 0;
   int width = 0;
+  bool scale = false;
 };
 
 class TestBackend : public RendererBase {
@@ -69,8 +70,8 @@ class TestBackend : public RendererBase {
   void OnFrame() override { hooks.push_back("OnFrame"); }
 
   void DoDrawLabel(wxDC*, const wxString& text, wxFont, wxColour colour, wxRect rect, int alignment,
-                   bool, wxColour background) override {
-    draws.push_back(DrawCall{"label", text, colour, background, rect, alignment, 0});
+                   bool scale, wxColour background) override {
+    draws.push_back(DrawCall{"label", text, colour, background, rect, alignment, 0, scale});
   }
   void DoDrawRect(wxDC*, wxRect rect, wxColour colour) override {
     draws.push_back(DrawCall{"rect", "", colour, wxNullColour, rect, 0, 0});

@@ -79,8 +79,7 @@ void TileOverlayPainter::Logo(IRendererImage* logo) {
   m_renderer.DrawImage(m_dc, logo, inner.GetRight() - size.x, inner.GetBottom() - size.y);
 }
 
-// Two labels rather than one of two lines: the GL back-end lays the lines of one label over
-// each other.
+// Two labels rather than one of two lines: the lines have fonts of their own.
 void TileOverlayPainter::NoSignal(const wxString& location) {
   m_renderer.DrawRect(m_dc, m_picture, wxColour(110, 110, 110, 190));
   wxFontInfo info(14);
