@@ -297,6 +297,10 @@ void RendererBase::CopySettings(RendererBase* target) {
   ptzTo->SetPanTiltZoom(pan, tilt, zoom);
   ptzTo->SetZoomActive(ptzFrom->GetZoomActive());
   ptzTo->SetMaxZoom(ptzFrom->GetMaxZoom());
+  // The host's switch goes too: a host that zooms through a back-end's own PTZ (instead of
+  // lending one) would otherwise see its view jump back to the whole picture at every change
+  // of back-end, the automatic fallback to software included.
+  ptzTo->enabled = ptzFrom->enabled;
 }
 
 // ---- Paint sequence and images --------------------------------------------------------------

@@ -238,6 +238,7 @@ TEST_F(Switch, SettingsSurviveASwitch) {
   facade->SetDestinationRect(wxRect(3, 4, 50, 60));
   facade->SetOpacity(99);
   facade->GetPtz()->SetPanTiltZoom(0.25f, -0.5f, 2.0f);
+  facade->GetPtz()->enabled = true;
   facade->SetRenderMode(RENDER_MODE_SOFTWARE);
   ASSERT_EQ(Backend::Native, KindOf(facade->m_renderer));
   EXPECT_FLOAT_EQ(1.5f, facade->GetAspectRatio());
@@ -251,6 +252,26 @@ TEST_F(Switch, SettingsSurviveASwitch) {
   EXPECT_FLOAT_EQ(0.25f, pan);
   EXPECT_FLOAT_EQ(-0.5f, tilt);
   EXPECT_FLOAT_EQ(2.0f, zoom);
+  EXPECT_TRUE(facade->GetPtz()->IsActive()) << "the view stays zoomed";
+}
+
+// The automatic fallback and the way back carry the zoom of the back-end's own PTZ too.
+TEST_F(Switch, AZoomedViewStaysZoomedThroughFallbackAndBack) {
+  TestRenderer* facade = MakeFacade(RENDER_MODE_OPENGL);
+  ASSERT_EQ(Backend::OpenGL, KindOf(facade->m_renderer));
+  facade->GetPtz()->SetPanTiltZoom(-0.5f, 0.5f, 4.0f);
+  facade->GetPtz()->enabled = true;
+  facade->ForceSoftwareMode(true);
+  ASSERT_EQ(Backend::Native, KindOf(facade->m_renderer));
+  EXPECT_TRUE(facade->GetPtz()->IsActive());
+  facade->ForceSoftwareMode(false);
+  ASSERT_EQ(Backend::OpenGL, KindOf(facade->m_renderer));
+  EXPECT_TRUE(facade->GetPtz()->IsActive());
+  float pan = 0;
+  float tilt = 0;
+  float zoom = 0;
+  facade->GetPtz()->GetPanTiltZoom(pan, tilt, zoom);
+  EXPECT_FLOAT_EQ(4.0f, zoom);
 }
 
 TEST_F(Switch, DescriptionsComeFromTheRegistry) {

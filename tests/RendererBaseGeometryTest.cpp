@@ -271,6 +271,7 @@ TEST_F(RendererBaseGeometry, CopySettingsCarriesEverySetting) {
   backend->m_normalPtz.SetZoomActive(true);
   backend->m_normalPtz.SetPanTiltZoom(0.5f, -0.5f, 3.0f);
   backend->m_normalPtz.SetMaxZoom(6.0f);
+  backend->m_normalPtz.enabled = true;
 
   TestBackend target(tile);
   backend->CopySettings(&target);
@@ -290,6 +291,8 @@ TEST_F(RendererBaseGeometry, CopySettingsCarriesEverySetting) {
   EXPECT_FLOAT_EQ(-0.5f, tilt);
   EXPECT_FLOAT_EQ(3.0f, zoom);
   EXPECT_FLOAT_EQ(6.0f, target.m_normalPtz.GetMaxZoom());
+  EXPECT_TRUE(target.m_normalPtz.enabled);
+  EXPECT_TRUE(target.GetPtz()->IsActive());
 
   {
     // The handler went across: drawing the target's overlays reaches it.
